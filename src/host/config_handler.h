@@ -1,0 +1,28 @@
+// What the registry drives: a named worker with a stop flag.
+#ifndef HOST_CONFIG_HANDLER_H
+#define HOST_CONFIG_HANDLER_H
+
+#include <string>
+
+#include "host/worker_thread.h"
+
+// The contract between the registry and the handlers: constructed (name set) -> init() ->
+// start(). Nothing in the daemon stops a handler; its thread ends with the process.
+class CAbsConfigHandler : public core_utils::CAbsWorkerThread {
+  public:
+    // Both return true for success. A handler with a thread starts it in start(), which hides
+    // the non-virtual CAbsWorkerThread::start().
+    virtual bool start() { return true; }
+    virtual bool init() { return true; }
+
+    // Set by each derived constructor; the registry files the handler under it.
+    std::string mstrName;
+
+  protected:
+    ~CAbsConfigHandler() = default;
+
+    // Plain on purpose: written by requestStop()'s caller, read by the body once per cycle.
+    bool mbStop = false;
+};
+
+#endif

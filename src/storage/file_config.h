@@ -1,0 +1,78 @@
+// The one reader and writer of every configuration file: INI-like sections and keys, edited in
+// place. docs/configuration-files.md shows the syntax with its limits.
+#ifndef STORAGE_FILE_CONFIG_H
+#define STORAGE_FILE_CONFIG_H
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "storage/locked_file.h"
+
+namespace core_utils {
+
+// Works on a file that stays open between open() and close(). Every access scans it from its
+// start, in chunks of at most 80 characters, and every write reaches the kernel before the call
+// returns; close() also forces it to storage. Nothing is cached and no backup is kept: when a
+// rewrite fails half-way, what followed the line may be lost.
+//
+// One thread at a time, and no second object on the same file. All operations return false when
+// the file is closed, a section name has more than 77 characters, or the system reports an error.
+class CFileConfig {
+  public:
+    CFileConfig() = default;
+    virtual ~CFileConfig() = default;
+
+    // `mode` as fopen takes it: "r+b" to write (the file must exist), "rb" to read. False, and
+    // nothing changed, if a file is open already.
+    bool open(const char* path, const char* mode);
+    bool open(const std::string& path, const std::string& mode);
+
+    // False if the file was not open or its data may not have reached storage.
+    bool close();
+
+    bool isOpen() const;
+
+    // Looks up the value of `key`, its first blank-free token, at most 79 characters.
+    // `*ioSize` is the capacity of `buffer` in bytes on entry. True: the value is in `buffer`,
+    // terminated, and `*ioSize` is its length. False: `*ioSize` is the length that did not fit,
+    // or -1 for no such key or a value with another "=" in it; an empty value leaves it alone.
+    bool readValue(const char* section, const char* key, char* buffer, int* ioSize);
+
+    // Typed lookups. On failure they print which section and key and leave `out` alone. Text that
+    // is no number reads as 0, except that the double reader throws std::invalid_argument, or
+    // std::out_of_range for a number beyond a double; both say "stod".
+    bool read(const std::string& section, const std::string& key, int& out);
+    bool read(const std::string& section, const std::string& key, std::string& out);
+    bool read(const std::string& section, const std::string& key, float& out);
+    bool read(const std::string& section, const std::string& key, double& out);
+
+    // Writes the line "key=value". A value of the same length is overwritten in place; otherwise
+    // the rest of the file is rewritten without its blank lines and other text, with one blank
+    // line before each section. A missing key becomes the first of its section and a missing
+    // section is appended, unless `noCreate` is set: then false, and the file is unchanged.
+    // A line of exactly 81 characters is refused; a longer one is cut to 80, its line end lost.
+    bool writeValue(const char* section, const char* key, const char* value, int valueLength,
+                    bool noCreate = false);
+
+    // Typed writers; a double gets six decimals. An empty text is refused.
+    bool write(const std::string& section, const std::string& key, int value,
+               bool noCreate = false);
+    bool write(const std::string& section, const std::string& key, const std::string& value,
+               bool noCreate = false);
+    bool write(const std::string& section, const std::string& key, double value,
+               bool noCreate = false);
+
+    // Deletes the key's line and rewrites the rest like a write. False if there is no such key.
+    bool removeKey(const char* section, const char* key);
+
+  private:
+    bool appendSection(const std::string& header, const std::string& line);
+    bool replaceTail(std::int64_t offset, const std::string& text);
+
+    CLockedFile mFile;
+};
+
+}  // namespace core_utils
+
+#endif

@@ -1,0 +1,126 @@
+#include "storage/locked_file.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+namespace core_utils {
+
+namespace {
+using Lock = std::lock_guard<std::mutex>;
+}
+
+bool CLockedFile::open(const char* path, const char* mode) {
+    const Lock lock(mMutex);
+    if (mpStream != nullptr || path == nullptr || mode == nullptr) return false;
+    mpStream = fopen64(path, mode);
+    return mpStream != nullptr;
+}
+
+bool CLockedFile::close() {
+    const Lock lock(mMutex);
+    if (mpStream == nullptr) return false;
+    const bool stored = flushLocked();
+    const bool closed = std::fclose(mpStream) == 0;
+    mpStream = nullptr;
+    return stored && closed;
+}
+
+bool CLockedFile::isOpen() const {
+    const Lock lock(mMutex);
+    return mpStream != nullptr;
+}
+
+bool CLockedFile::setUnbuffered() {
+    const Lock lock(mMutex);
+    if (mpStream == nullptr) return false;
+    std::setbuf(mpStream, nullptr);
+    return true;
+}
+
+bool CLockedFile::readBlock(void* buffer, std::size_t size) {
+    const Lock lock(mMutex);
+    return mpStream != nullptr && flushLocked() && std::fread(buffer, 1, size, mpStream) == size;
+}
+
+bool CLockedFile::readUpTo(char* buffer, std::size_t size, std::size_t& read) {
+    const Lock lock(mMutex);
+    if (mpStream == nullptr) return false;
+    read = std::fread(buffer, 1, size, mpStream);
+    return std::ferror(mpStream) == 0;
+}
+
+bool CLockedFile::writeBlock(const void* buffer, std::size_t size) {
+    const Lock lock(mMutex);
+    if (mpStream == nullptr) return false;
+    const bool written = std::fwrite(buffer, 1, size, mpStream) == size;
+    const bool stored = flushLocked();
+    if (std::ferror(mpStream) == 0) return written && stored;
+    std::clearerr(mpStream);
+    return false;
+}
+
+bool CLockedFile::writeText(const std::string& text) {
+    const Lock lock(mMutex);
+    if (mpStream == nullptr) return false;
+    const bool written = std::fwrite(text.data(), 1, text.size(), mpStream) == text.size();
+    return std::fflush(mpStream) == 0 && written;
+}
+
+bool CLockedFile::flush() {
+    const Lock lock(mMutex);
+    return mpStream != nullptr && flushLocked();
+}
+
+bool CLockedFile::seek(std::int64_t offset, int whence) {
+    const Lock lock(mMutex);
+    if (mpStream == nullptr) return false;
+    std::clearerr(mpStream);
+    return fseeko64(mpStream, offset, whence) == 0;
+}
+
+bool CLockedFile::rewind() {
+    return seek(0, SEEK_SET);
+}
+
+bool CLockedFile::getPosition(fpos64_t& position) {
+    const Lock lock(mMutex);
+    return mpStream != nullptr && fgetpos64(mpStream, &position) == 0;
+}
+
+bool CLockedFile::setPosition(const fpos64_t& position) {
+    const Lock lock(mMutex);
+    return mpStream != nullptr && fsetpos64(mpStream, &position) == 0;
+}
+
+bool CLockedFile::truncate(std::int64_t offset) {
+    const Lock lock(mMutex);
+    if (mpStream == nullptr) return false;
+    if (ftruncate64(fileno(mpStream), offset) == 0) return true;
+    std::printf("truncate fail : %d \n", errno);
+    return false;
+}
+
+bool CLockedFile::getSize(std::int64_t& size) {
+    const Lock lock(mMutex);
+    struct stat64 status {};
+    if (mpStream == nullptr || fstat64(fileno(mpStream), &status) != 0) return false;
+    size = status.st_size;
+    return true;
+}
+
+bool CLockedFile::isAtEnd() {
+    const Lock lock(mMutex);
+    fpos64_t position;
+    if (mpStream == nullptr || fgetpos64(mpStream, &position) != 0) return false;
+    char probe = 0;
+    const bool atEnd = std::fread(&probe, 1, 1, mpStream) == 0 && std::feof(mpStream) != 0;
+    return fsetpos64(mpStream, &position) == 0 && atEnd;
+}
+
+bool CLockedFile::flushLocked() {
+    return std::fflush(mpStream) == 0 && fsync(fileno(mpStream)) == 0;
+}
+
+}  // namespace core_utils
