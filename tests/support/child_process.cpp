@@ -1,0 +1,105 @@
+#include "support/child_process.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <signal.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <sstream>
+#include <stdexcept>
+
+#include "support/wait_until.h"
+
+namespace support {
+
+using std::chrono::milliseconds;
+using std::chrono::steady_clock;
+
+std::vector<std::string> targetCommand(const std::vector<std::string>& command) {
+    std::istringstream emulator(TEST_EMULATOR);
+    std::vector<std::string> words;
+    for (std::string word; emulator >> word;)
+        words.push_back(word);
+    words.insert(words.end(), command.begin(), command.end());
+    return words;
+}
+
+std::vector<char*> argumentVector(std::vector<std::string>& words) {
+    std::vector<char*> arguments;
+    for (std::string& word : words)
+        arguments.push_back(word.data());
+    arguments.push_back(nullptr);
+    return arguments;
+}
+
+CChildProcess::CChildProcess(const std::vector<std::string>& command) {
+    int ends[2];
+    if (pipe2(ends, O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
+    std::vector<std::string> words = targetCommand(command);
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
+    const int error = posix_spawnp(&mPid, words[0].c_str(), &actions, nullptr,
+                                   argumentVector(words).data(), environ);
+    posix_spawn_file_actions_destroy(&actions);
+    ::close(ends[1]);
+    mOutput = ends[0];
+    if (error != 0) mStatus = 127;
+}
+
+CChildProcess::~CChildProcess() {
+    kill(SIGKILL);
+    wait();
+    ::close(mOutput);
+}
+
+std::optional<std::string> CChildProcess::readLine(milliseconds bound) {
+    const auto end = steady_clock::now() + bound;
+    for (;;) {
+        const std::size_t length = mstrPending.find('\n');
+        if (length != std::string::npos) {
+            std::string line = mstrPending.substr(0, length);
+            mstrPending.erase(0, length + 1);
+            return line;
+        }
+        const auto left = std::chrono::ceil<milliseconds>(end - steady_clock::now());
+        pollfd readable = {mOutput, POLLIN, 0};
+        if (left.count() <= 0) return {};
+        if (poll(&readable, 1, static_cast<int>(left.count())) <= 0) continue;
+        char buffer[4096];
+        const ssize_t count = ::read(mOutput, buffer, sizeof(buffer));
+        if (count <= 0) return {};
+        mstrPending.append(buffer, static_cast<std::size_t>(count));
+    }
+}
+
+std::vector<std::string> CChildProcess::readLines(milliseconds bound) {
+    const auto end = steady_clock::now() + bound;
+    std::vector<std::string> lines;
+    while (auto line = readLine(std::chrono::ceil<milliseconds>(end - steady_clock::now()))) {
+        lines.push_back(*line);
+    }
+    return lines;
+}
+
+void CChildProcess::kill(int signal) {
+    if (!mStatus) ::kill(mPid, signal);
+}
+
+std::optional<int> CChildProcess::wait(milliseconds bound) {
+    waitUntil(
+        [this] {
+            int status = 0;
+            if (!mStatus && waitpid(mPid, &status, WNOHANG) == mPid) {
+                mStatus = WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+            }
+            return mStatus.has_value();
+        },
+        bound);
+    return mStatus;
+}
+
+}  // namespace support
