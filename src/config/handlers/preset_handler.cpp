@@ -1,0 +1,54 @@
+#include "config/handlers/preset_handler.h"
+
+#include <thread>
+
+#include "config/handlers/poll_period.h"
+#include "config/manager/hxl_config_handler.h"
+
+using hxl_config_handler::CConfPresetData;
+using hxl_config_handler::CSingletonHxlConfigHandler;
+using hxl_config_handler::sPresetBlock;
+
+CConfigPresetHandler::CConfigPresetHandler() {
+    mstrName = "ConfigPresetSaveHandler";
+}
+
+bool CConfigPresetHandler::start() {
+    CAbsWorkerThread::start();
+    return true;
+}
+
+bool CConfigPresetHandler::init() {
+    mvecPresetIndex.insert(mvecPresetIndex.end(), {1, 2, 3, 4, 5});
+    return true;
+}
+
+void CConfigPresetHandler::run() {
+    CSingletonHxlConfigHandler::getInstance()->loadPresetConfig();
+    while (!mbStop) {
+        // Not even a stop ends this; it only makes room for other threads.
+        while (mvecPresetIndex.empty())
+            std::this_thread::yield();
+        for (const unsigned int presetNo : mvecPresetIndex) {
+            saveIfChanged(static_cast<int>(presetNo));
+            sleepPollPeriod();
+        }
+    }
+}
+
+bool CConfigPresetHandler::isPresetEqual(sPresetBlock shmBlock, sPresetBlock storedBlock) {
+    const CConfPresetData shm(0, shmBlock);
+    const CConfPresetData stored(0, storedBlock);
+    return shm.GetDblData().GetValues() == stored.GetDblData().GetValues() &&
+           shm.GetSelData().GetValues() == stored.GetSelData().GetValues();
+}
+
+void CConfigPresetHandler::saveIfChanged(int presetNo) {
+    auto& facade = *CSingletonHxlConfigHandler::getInstance();
+    sPresetBlock shm{};
+    sPresetBlock stored{};
+    // A preset that is not in shared memory is no change: its stored settings must not be lost.
+    if (!facade.getPresetBlock(presetNo, shm, false)) return;
+    facade.getPresetBlock(presetNo, stored, true);
+    if (!isPresetEqual(shm, stored)) facade.savePresetBlock(presetNo, shm, true);
+}

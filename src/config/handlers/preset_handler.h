@@ -1,0 +1,35 @@
+// Keeps the preset file in step with the preset memories in shared memory.
+#ifndef CONFIG_HANDLERS_PRESET_HANDLER_H
+#define CONFIG_HANDLERS_PRESET_HANDLER_H
+
+#include <vector>
+
+#include "config/records/preset_data.h"
+#include "host/config_handler.h"
+
+// Its thread loads the file once, then compares one preset memory a millisecond and has the whole
+// block saved when any setting differs. A save that fails is tried again in the next pass.
+class CConfigPresetHandler : public CAbsConfigHandler {
+  public:
+    CConfigPresetHandler();
+
+    // Without an earlier init() this polls nothing, without pause and without end.
+    void run() override;
+    void requestStop() override { mbStop = true; }
+    bool start() override;
+
+    // Adds the five preset memories to those polled, at every call.
+    bool init() override;
+
+    // True if no setting differs.
+    bool isPresetEqual(hxl_config_handler::sPresetBlock shmBlock,
+                       hxl_config_handler::sPresetBlock storedBlock);
+
+  protected:
+    std::vector<unsigned int> mvecPresetIndex;
+
+  private:
+    void saveIfChanged(int presetNo);
+};
+
+#endif

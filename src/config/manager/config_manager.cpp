@@ -1,0 +1,279 @@
+#include "config/manager/config_manager.h"
+
+#include <cstdio>
+#include <exception>
+#include <memory>
+#include <tuple>
+
+#include "config/processors/auto_save_processor.h"
+#include "config/processors/dev_type_processor.h"
+#include "config/processors/dev_var_system_processor.h"
+#include "config/processors/preset_processor.h"
+#include "config/processors/system_processor.h"
+#include "config/records/chn_fw_version_data.h"
+#include "config/records/dev_type_info_data.h"
+
+namespace hxl_config_handler {
+
+namespace {
+
+enum eProcessor { DEV_VAR_SYSTEM, AUTO_SAVE, SYSTEM, PRESET, DEV_TYPE };
+
+constexpr char NO_IDENTITY[] = "UNKNOWN";
+
+struct sDevString {
+    int devType;
+    int chnCount;
+    const char* text;
+};
+constexpr sDevString DEV_STRINGS[] = {
+    {2, 2, "100_VOLTS_DEV_2CH"},
+    {1, 2, "35_VOLTS_DEV_2CH"},
+    {2, 1, "100_VOLTS_DEV_1CH"},
+    {1, 1, "35_VOLTS_DEV_1CH"},
+};
+// The other family has two channels, whatever is reported.
+constexpr char KOL_DEV_STRING[] = "KOL_35_VOLTS_DEV_2CH";
+
+const char* devStringOf(int devType, int chnCount) {
+    if (devType == 3) return KOL_DEV_STRING;
+    for (const sDevString& devString : DEV_STRINGS) {
+        if (devString.devType == devType && devString.chnCount == chnCount) return devString.text;
+    }
+    return "";
+}
+
+std::pair<int, int> identityOf(const std::string& devString) {
+    const auto contains = [&](const char* part) {
+        return devString.find(part) != std::string::npos;
+    };
+    if (devString.empty() || devString == NO_IDENTITY) return {0, 0};
+    const int devType = contains("100_VOLTS_DEV") ? 2 : contains("KOL") ? 3 : 1;
+    return {devType, contains("1CH") ? 1 : 2};
+}
+
+template <typename T>
+std::vector<T> valuesOf(const CConfData* record) {
+    const auto* data = dynamic_cast<const CConfAutoSaveData<T>*>(record);
+    return data == nullptr ? std::vector<T>() : data->GetValues();
+}
+
+template <typename T>
+std::vector<T> sharedValuesOf(CAbsConfigProcesor& processor, int id) {
+    const std::unique_ptr<CConfData> record(processor.GetSharedMemData(id));
+    return valuesOf<T>(record.get());
+}
+
+template <typename T>
+bool saveValues(CAbsConfigProcesor& processor, int id, const std::vector<T>& values) {
+    CConfAutoSaveData<T> record(id, values);
+    return processor.SaveConfData(id, &record) != 0;
+}
+
+constexpr char CORRECTION_FILE_NAME[] = "correction_current.cfg";
+constexpr char CORRECTION_SECTION[] = "CURRENT_CORRECTION";
+constexpr const char* CORRECTION_KEYS[] = {"SINK_High_CurrRange", "SINK_Low_CurrRange",
+                                           "SRC_High_CurrRange", "SRC_Low_CurrRange"};
+
+constexpr char SYNC_SECTION[] = "SETTING_SYNC";
+constexpr char SYNC_KEY[] = "SYNC";
+
+// A number that cannot be converted is a key that cannot be read.
+bool readNumber(core_utils::CFileConfig& file, const char* key, double& value) {
+    try {
+        return file.read(CORRECTION_SECTION, key, value);
+    } catch (const std::exception&) {
+        return false;
+    }
+}
+
+}  // namespace
+
+CConfigManager::CConfigManager() {
+    // Never freed: they live as long as the process. The order decides whose shared-memory
+    // manager all of them end up with.
+    mMapProcessors[DEV_VAR_SYSTEM] = new CConfigDevVarSystemProcessor;
+    mMapProcessors[AUTO_SAVE] = new CConfigAutoSaveProcessor;
+    mMapProcessors[PRESET] = new CConfigPresetProcessor;
+    mMapProcessors[SYSTEM] = new CConfigSystemProcessor;
+    mMapProcessors[DEV_TYPE] = new CConfigDevTypeProcessor;
+    for (const auto& [key, processor] : mMapProcessors) {
+        processor->Initialise();
+        processor->setDevTypeInfo(this);
+    }
+}
+
+bool CConfigManager::load(int processor, const char* operation) {
+    try {
+        return mMapProcessors[processor]->LoadConfigFile() != 0;
+    } catch (const std::exception& error) {
+        std::printf("CConfigManager :: %s exception : %s \n", operation, error.what());
+        return false;
+    }
+}
+
+bool CConfigManager::loadAutoSaveConfig() {
+    return load(AUTO_SAVE, "loadAutoSaveConfig");
+}
+
+bool CConfigManager::loadPresetConfig() {
+    return load(PRESET, "loadPresetConfig");
+}
+
+bool CConfigManager::loadSystemConfig() {
+    return load(SYSTEM, "loadSystemConfig");
+}
+
+bool CConfigManager::loadDevTypeConfig() {
+    return load(DEV_TYPE, "loadDevTypeConfig");
+}
+
+bool CConfigManager::loadDevVarSystemConfig() {
+    std::puts("CConfigManager :: parseDevVarSystemConfigFile ");
+    return load(DEV_VAR_SYSTEM, "loadDevVarSystemConfig");
+}
+
+std::vector<double> CConfigManager::getConfDblValues(int id) {
+    return valuesOf<double>(mMapProcessors[AUTO_SAVE]->GetConfData(id));
+}
+
+std::vector<unsigned char> CConfigManager::getConfSelValues(int id) {
+    return valuesOf<unsigned char>(mMapProcessors[AUTO_SAVE]->GetConfData(id));
+}
+
+std::vector<std::string> CConfigManager::getConfStrValues(int id) {
+    return valuesOf<std::string>(mMapProcessors[AUTO_SAVE]->GetConfData(id));
+}
+
+std::vector<double> CConfigManager::getShmDblValues(int id) {
+    return sharedValuesOf<double>(*mMapProcessors[AUTO_SAVE], id);
+}
+
+std::vector<unsigned char> CConfigManager::getShmSelValues(int id) {
+    return sharedValuesOf<unsigned char>(*mMapProcessors[AUTO_SAVE], id);
+}
+
+std::vector<std::string> CConfigManager::getShmStrValues(int id) {
+    return sharedValuesOf<std::string>(*mMapProcessors[AUTO_SAVE], id);
+}
+
+bool CConfigManager::saveDblValues(int id, const std::vector<double>& values) {
+    return saveValues(*mMapProcessors[AUTO_SAVE], id, values);
+}
+
+bool CConfigManager::saveSelValues(int id, const std::vector<unsigned char>& values) {
+    return saveValues(*mMapProcessors[AUTO_SAVE], id, values);
+}
+
+bool CConfigManager::saveStrValues(int id, const std::vector<std::string>& values) {
+    return saveValues(*mMapProcessors[AUTO_SAVE], id, values);
+}
+
+bool CConfigManager::getPresetBlock(int presetNo, sPresetBlock& block, bool bStored) {
+    const int id = CConfigPresetProcessor::recordIdOf(presetNo);
+    if (id == 0) return false;
+    CAbsConfigProcesor& processor = *mMapProcessors[PRESET];
+    const std::unique_ptr<CConfData> shared(bStored ? nullptr : processor.GetSharedMemData(id));
+    const CConfData* record = bStored ? processor.GetConfData(id) : shared.get();
+    const auto* preset = dynamic_cast<const CConfPresetData*>(record);
+    if (preset == nullptr) return false;
+    block = preset->GetPresetBlock();
+    return true;
+}
+
+bool CConfigManager::savePresetBlock(int presetNo, const sPresetBlock& block, bool bSave) {
+    const int id = CConfigPresetProcessor::recordIdOf(presetNo);
+    if (id == 0) return false;
+    CAbsConfigProcesor& processor = *mMapProcessors[PRESET];
+    CConfPresetData record(id, block);
+    const int result =
+        bSave ? processor.SaveConfData(id, &record) : processor.SetSharedMemData(id, &record);
+    return result != 0;
+}
+
+void CConfigManager::getCurrentSharing(CConfCurrentSharingData& record) {
+    const std::unique_ptr<CConfData> shared(
+        mMapProcessors[SYSTEM]->GetSharedMemData(CURRENT_SHARING_ID));
+    const auto* sharing = dynamic_cast<const CConfCurrentSharingData*>(shared.get());
+    if (sharing != nullptr) record.SetValues(sharing->GetDblData().GetValues());
+}
+
+bool CConfigManager::getChnFwVersion(std::string& version) {
+    const std::unique_ptr<CConfData> shared(
+        mMapProcessors[SYSTEM]->GetSharedMemData(CHN_FW_VERSION_ID));
+    const auto* record = dynamic_cast<const CConfChnFwVersionData*>(shared.get());
+    if (record == nullptr || record->GetText().empty()) return false;
+    version = record->GetText();
+    return true;
+}
+
+int CConfigManager::getDevTypeInfo(std::pair<int, int>& out) {
+    if (mDevType == 0) {
+        const std::unique_ptr<CConfData> shared(
+            mMapProcessors[DEV_TYPE]->GetSharedMemData(DEV_TYPE_ID));
+        const auto* record = dynamic_cast<const CConfDevTypeInfoData*>(shared.get());
+        std::tie(mDevType, mChnCount) = identityOf(record == nullptr ? "" : record->GetText());
+    }
+    out = {mDevType, mChnCount};
+    return mDevType;
+}
+
+bool CConfigManager::setDevTypeInfo(int devType, int chnCount, bool bSave) {
+    mDevType = devType;
+    mChnCount = chnCount;
+    return writeDevTypeString(devStringOf(devType, chnCount), bSave);
+}
+
+bool CConfigManager::writeDevTypeString(const std::string& devString, bool bSave) {
+    CAbsConfigProcesor& processor = *mMapProcessors[DEV_TYPE];
+    CConfDevTypeInfoData record(DEV_TYPE_ID, devString);
+    if (bSave) {
+        processor.SaveConfData(DEV_TYPE_ID, &record);
+    } else {
+        processor.SetSharedMemData(DEV_TYPE_ID, &record);
+    }
+    return true;
+}
+
+bool CConfigManager::readCurrentCorrection(double values[4]) {
+    core_utils::CFileConfig file;
+    if (!file.open(configFilePath(CORRECTION_FILE_NAME), "rb")) return false;
+    bool anyRead = false;
+    for (const char* key : CORRECTION_KEYS) {
+        if (readNumber(file, key, *values++)) {
+            anyRead = true;
+        } else {
+            std::printf("failed to read section : %s with key : %s\n", CORRECTION_SECTION, key);
+        }
+    }
+    return anyRead;
+}
+
+bool CConfigManager::writeCurrentCorrection(const double values[4]) {
+    std::puts("CConfigManager::writeCurrentCorrection came in");
+    core_utils::CFileConfig file;
+    if (!file.open(configFilePath(CORRECTION_FILE_NAME), "r+b")) return false;
+    bool anyWritten = false;
+    for (const char* key : CORRECTION_KEYS) {
+        if (file.write(CORRECTION_SECTION, key, *values++)) {
+            anyWritten = true;
+        } else {
+            std::printf("failed to write section : %s with key : %s\n", CORRECTION_SECTION, key);
+        }
+    }
+    return anyWritten;
+}
+
+bool CConfigManager::readSettingSync(int& value) {
+    core_utils::CFileConfig file;
+    return file.open(configFilePath(SYSTEM_FILE_NAME), "rb") &&
+           file.read(SYNC_SECTION, SYNC_KEY, value);
+}
+
+bool CConfigManager::writeSettingSync(int value) {
+    core_utils::CFileConfig file;
+    return file.open(configFilePath(SYSTEM_FILE_NAME), "r+b") &&
+           file.write(SYNC_SECTION, SYNC_KEY, value);
+}
+
+}  // namespace hxl_config_handler

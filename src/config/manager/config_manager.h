@@ -1,0 +1,97 @@
+// Owns the processors, routes requests to them and keeps the instrument's identity.
+#ifndef CONFIG_MANAGER_CONFIG_MANAGER_H
+#define CONFIG_MANAGER_CONFIG_MANAGER_H
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "config/processors/config_processor.h"
+#include "config/records/current_sharing_data.h"
+#include "config/records/preset_data.h"
+
+namespace hxl_config_handler {
+
+// The serial line's defaults, as other programs ask for them.
+struct sSerialSettings {
+    std::string strDevice = "/dev/ttyS5";
+    std::uint32_t uiBaudRate = 460800;
+    char cParity = 'E';
+    char cDataBits = '8';
+    char cStopBits = '1';
+    char cTerminator = '\0';
+    std::uint32_t uiCount = 10;
+};
+
+// Created once, by the facade, and never freed, nor are its processors. It takes no locks:
+// handler threads may call at the same time, but only one at a time for any one processor.
+//
+// A load that meets text which is no number ends here: one line is printed and the load has
+// failed. Results of processors are handed on unchanged, 0 or false for failure.
+class CConfigManager : public IDevTypeInfo {
+  public:
+    CConfigManager();
+
+    // The auto-save items. Values of an identifier without a record are empty.
+    bool loadAutoSaveConfig();
+    std::vector<double> getConfDblValues(int id);
+    std::vector<unsigned char> getConfSelValues(int id);
+    std::vector<std::string> getConfStrValues(int id);
+    std::vector<double> getShmDblValues(int id);
+    std::vector<unsigned char> getShmSelValues(int id);
+    std::vector<std::string> getShmStrValues(int id);
+    bool saveDblValues(int id, const std::vector<double>& values);
+    bool saveSelValues(int id, const std::vector<unsigned char>& values);
+    bool saveStrValues(int id, const std::vector<std::string>& values);
+
+    // Preset memories 1 to 5. The block comes from the stored preset or from shared memory, and
+    // goes to the file (`bSave`) or to shared memory. False, and nothing changed, for another
+    // number or a preset that cannot be read.
+    bool loadPresetConfig();
+    bool getPresetBlock(int presetNo, sPresetBlock& block, bool bStored);
+    bool savePresetBlock(int presetNo, const sPresetBlock& block, bool bSave);
+
+    bool loadSystemConfig();
+    bool loadDevVarSystemConfig();
+
+    // As published in shared memory; `record` gets zeros, and `version` stays, without it.
+    void getCurrentSharing(CConfCurrentSharingData& record);
+    bool getChnFwVersion(std::string& version);
+
+    // The identity, from the device string in shared memory until it is known; (0, 0) until then.
+    int getDevTypeInfo(std::pair<int, int>& out) override;
+    bool loadDevTypeConfig();
+
+    // Takes the identity and writes its device string, to the file (`bSave`) or to shared memory.
+    // Always true.
+    bool setDevTypeInfo(int devType, int chnCount, bool bSave);
+    bool writeDevTypeString(const std::string& devString, bool bSave);
+
+    // The four current-correction factors: sink high and low current range, source high and low.
+    // True if at least one of them was read or written; a key that fails is printed and, on
+    // reading, leaves its slot alone. False for a missing file.
+    bool readCurrentCorrection(double values[4]);
+    bool writeCurrentCorrection(const double values[4]);
+
+    // The synchronisation mark in the system file.
+    bool readSettingSync(int& value);
+    bool writeSettingSync(int value);
+
+    sSerialSettings getSerialSettings() const { return {}; }
+
+  protected:
+    std::map<int, CAbsConfigProcesor*> mMapProcessors;
+
+    // Plain on purpose: whichever thread learns the identity first writes the same values.
+    int mDevType = 0;
+    int mChnCount = 0;
+
+  private:
+    bool load(int processor, const char* operation);
+};
+
+}  // namespace hxl_config_handler
+
+#endif

@@ -1,0 +1,292 @@
+#include "config/processors/auto_save_processor.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <stdexcept>
+#include <type_traits>
+
+#include "config/processors/value_list.h"
+#include "config/records/auto_save_data.h"
+#include "shared_memory/shared_memory.h"
+
+namespace hxl_config_handler {
+
+namespace {
+
+constexpr char FILE_NAME[] = "conf_auto_save.cfg";
+constexpr char STATUS_SECTION[] = "CONF_STATUS";
+constexpr char STATE_KEY[] = "STATE";
+
+// An item with its factory defaults for device types 1, 2 and 3.
+template <typename Default>
+struct sItem {
+    int id;  // also of its shared object
+    const char* key;
+    Default defaults[3];
+};
+
+constexpr sItem<double> NUMBER_ITEMS[] = {
+    {0, "VOL_LVL", {6.0, 20.0, 6.0}},   {1, "CUR_LVL", {6.1, 2.03, 5.1}},
+    {2, "OPP_LVL", {41.0, 41.0, 41.0}}, {3, "OVP_LVL", {36.5, 102.0, 36.0}},
+    {4, "FUS_DLY", {0.0, 0.0, 0.0}},    {5, "RMP_TME", {10.0, 10.0, 10.0}},
+};
+constexpr sItem<unsigned char> BYTE_ITEMS[] = {
+    {7, "CHF_MOD", {0, 0, 2}},  {8, "OPP_STE", {1, 1, 1}},  {9, "OVP_STE", {1, 1, 1}},
+    {10, "OVP_MOD", {1, 1, 1}}, {11, "SNS_STE", {0, 0, 0}}, {12, "LCR_MOD", {0, 0, 0}},
+    {13, "FUS_STE", {0, 0, 0}}, {14, "RMP_STE", {0, 0, 0}}, {15, "DVM_STE", {0, 0, 0}},
+    {16, "OUT_MOD", {0, 0, 0}}, {17, "NET_STE", {0, 0, 0}}, {18, "BPR_STE", {1, 1, 1}},
+    {19, "USB_MOD", {0, 0, 0}}, {20, "DSP_BRT", {5, 5, 5}}, {21, "KEY_STE", {0, 0, 0}},
+    {22, "WLAN_AC", {0, 0, 0}},
+};
+constexpr sItem<const char*> TEXT_ITEMS[] = {
+    {24, "WLAN_SSID", {"SSID", "SSID", "SSID"}},
+    {25, "WLAN_PASS", {"Tarnwell", "Tarnwell", "Tarnwell"}},
+};
+
+// What differs between the three types of items: section, table, conversion, shared object.
+template <typename T>
+struct sGroup;
+
+template <>
+struct sGroup<double> {
+    static constexpr char SECTION[] = "CONF_ITEM_DBL";
+    static constexpr auto& ITEMS = NUMBER_ITEMS;
+
+    static void append(std::vector<double>& values, const std::string& piece, bool) {
+        values.push_back(std::stod(piece));
+    }
+    static std::vector<double> get(core_utils::CSharedMemory& memory, int id) {
+        return memory.getDoubleVector(id);
+    }
+    static void set(core_utils::CSharedMemory& memory, int id, const std::vector<double>& values) {
+        memory.setDoubleVector(id, values);
+    }
+};
+
+template <>
+struct sGroup<unsigned char> {
+    static constexpr char SECTION[] = "CONF_ITEM_SEL";
+    static constexpr auto& ITEMS = BYTE_ITEMS;
+
+    static void append(std::vector<unsigned char>& values, const std::string& piece, bool last) {
+        try {
+            values.push_back(static_cast<unsigned char>(std::stoi(piece)));
+        } catch (const std::logic_error&) {
+            std::puts(last ? "!!!!!!!!!!! CConfigAutoSaveMngr::parseConfigAutoSaveFileNewVal "
+                             "exception catch 2 !!!!!!!!!!!!"
+                           : "!!!!!!!!!!! CConfigAutoSaveMngr::parseConfigAutoSaveFileNewVal "
+                             "exception catch 1 !!!!!!!!!!!!");
+        }
+    }
+    static std::vector<unsigned char> get(core_utils::CSharedMemory& memory, int id) {
+        return memory.getByteVector(id);
+    }
+    static void set(core_utils::CSharedMemory& memory, int id,
+                    const std::vector<unsigned char>& values) {
+        memory.setByteVector(id, values);
+    }
+};
+
+template <>
+struct sGroup<std::string> {
+    static constexpr char SECTION[] = "CONF_ITEM_STR";
+    static constexpr auto& ITEMS = TEXT_ITEMS;
+
+    static void append(std::vector<std::string>& values, const std::string& piece, bool) {
+        values.push_back(piece);
+    }
+    static std::vector<std::string> get(core_utils::CSharedMemory& memory, int id) {
+        return memory.getStringVector(id);
+    }
+    static void set(core_utils::CSharedMemory& memory, int id,
+                    const std::vector<std::string>& values) {
+        memory.setStringVector(id, values);
+    }
+};
+
+template <typename T>
+bool isItemOf(int id) {
+    const auto& items = sGroup<T>::ITEMS;
+    return std::any_of(std::begin(items), std::end(items),
+                       [id](const auto& item) { return item.id == id; });
+}
+
+// Calls `operation` with a value of the type of item `id`; an identifier of no type yields the
+// result's zero.
+template <typename Operation>
+auto withTypeOf(int id, Operation operation) -> decltype(operation(double())) {
+    if (isItemOf<double>(id)) return operation(double());
+    if (isItemOf<unsigned char>(id)) return operation(static_cast<unsigned char>(0));
+    if (isItemOf<std::string>(id)) return operation(std::string());
+    return {};
+}
+
+}  // namespace
+
+CConfigAutoSaveProcessor::CConfigAutoSaveProcessor()
+    : CAbsConfigProcesor("ConfigAutoSaveProcessor") {}
+
+int CConfigAutoSaveProcessor::LoadDefaults() {
+    const int devType = getDevTypeInfo().first;
+    if (devType < 1 || devType > 3) return 0;
+    const bool numbers = storeDefaults<double>(devType);
+    const bool bytes = storeDefaults<unsigned char>(devType);
+    const bool texts = storeDefaults<std::string>(devType);
+    return numbers && bytes && texts;
+}
+
+int CConfigAutoSaveProcessor::Initialise() {
+    addRecords<double>();
+    addRecords<unsigned char>();
+    addRecords<std::string>();
+    return 1;
+}
+
+CConfData* CConfigAutoSaveProcessor::GetConfData(int id) {
+    return withTypeOf(id, [&](auto type) -> CConfData* {
+        // A text look-up in an empty table leaves no entry behind, unlike the other types.
+        if (std::is_same_v<decltype(type), std::string> && mMapConfData.empty()) return nullptr;
+        return getRecord(id);
+    });
+}
+
+CConfData* CConfigAutoSaveProcessor::GetSharedMemData(int id) {
+    if (mpSharedMemoryMngr == nullptr) return nullptr;
+    return withTypeOf(id, [&](auto type) -> CConfData* {
+        using T = decltype(type);
+        return new CConfAutoSaveData<T>(id, sGroup<T>::get(*mpSharedMemoryMngr, id));
+    });
+}
+
+int CConfigAutoSaveProcessor::SaveConfData(int id, CConfData* record) {
+    return withTypeOf(id, [&](auto type) { return save<decltype(type)>(id, record); });
+}
+
+int CConfigAutoSaveProcessor::SetSharedMemData(int id, CConfData* record) {
+    auto* sharedMemory = sharedMemoryForWrite();
+    if (sharedMemory == nullptr || !hasRecord(id)) return 0;
+    return withTypeOf(id, [&](auto type) {
+        using T = decltype(type);
+        const auto* data = dynamic_cast<CConfAutoSaveData<T>*>(record);
+        if (data == nullptr) return 0;
+        sGroup<T>::set(*sharedMemory, id, data->GetValues());
+        return 1;
+    });
+}
+
+int CConfigAutoSaveProcessor::parseConfigAutoSaveFile() {
+    if (!openFile(FILE_NAME, "r+b")) {
+        std::puts("failed to open dev type file config ");
+        return 0;
+    }
+    std::string text;
+    if (!mpFileConfig->read(STATUS_SECTION, STATE_KEY, text)) {
+        std::printf(" failed to read conf status : %s , %s \n", STATUS_SECTION, STATE_KEY);
+        return 0;
+    }
+    bool saved = true;
+    try {
+        // Only the low byte counts: 256 is a fresh file too.
+        saved = (std::stoi(text) & 0xFF) != 0;
+    } catch (const std::logic_error&) {
+        std::puts(
+            "!!!!!!!!!!!!!! CConfigAutoSaveMngr::parseConfigAutoSaveFile expception catch "
+            "!!!!!!!!!!!!!!!!!!");
+    }
+    const int result = saved ? parseConfigAutoSaveFileNewVal() : parseDefaults();
+    if (result != 0) markInitialised();
+    return result;
+}
+
+int CConfigAutoSaveProcessor::parseConfigAutoSaveFileNewVal() {
+    loadGroup<double>();
+    loadGroup<unsigned char>();
+    loadGroup<std::string>();
+    return 1;
+}
+
+int CConfigAutoSaveProcessor::parseDefaults() {
+    std::puts("parse defult val ");
+    switch (getDevTypeInfo().first) {
+        case 1:
+            std::puts("running ZEV 35V parse ");
+            break;
+        case 2:
+            std::puts("running ZEV 100V parse ");
+            break;
+        case 3:
+            std::puts("running KOL 35V parse ");
+            break;
+        default:
+            return 0;
+    }
+    return LoadDefaults();
+}
+
+// From now on the file is loaded as saved.
+void CConfigAutoSaveProcessor::markInitialised() {
+    if (!openForWriting()) return;
+    mpFileConfig->write(STATUS_SECTION, STATE_KEY, "1");
+    mpFileConfig->close();
+}
+
+template <typename T>
+void CConfigAutoSaveProcessor::loadGroup() {
+    for (const auto& item : sGroup<T>::ITEMS) {
+        std::string text;
+        if (!mpFileConfig->read(sGroup<T>::SECTION, item.key, text)) {
+            std::printf(" failed to read section : %s with key : %s\n", sGroup<T>::SECTION,
+                        item.key);
+            continue;
+        }
+        const std::vector<std::string> pieces = splitList(text);
+        std::vector<T> values;
+        for (const std::string& piece : pieces) {
+            sGroup<T>::append(values, piece, &piece == &pieces.back());
+        }
+        CConfAutoSaveData<T> record(item.id, values);
+        SetSharedMemData(item.id, &record);
+    }
+}
+
+template <typename T>
+bool CConfigAutoSaveProcessor::storeDefaults(int devType) {
+    bool stored = true;
+    for (const auto& item : sGroup<T>::ITEMS) {
+        CConfAutoSaveData<T> record(item.id, std::vector<T>{item.defaults[devType - 1]});
+        SetSharedMemData(item.id, &record);
+        stored = SaveConfData(item.id, &record) != 0 && stored;
+    }
+    return stored;
+}
+
+template <typename T>
+void CConfigAutoSaveProcessor::addRecords() {
+    for (const auto& item : sGroup<T>::ITEMS) {
+        addRecord(std::make_unique<CConfAutoSaveData<T>>(item.id, std::string(item.key)));
+    }
+}
+
+template <typename T>
+int CConfigAutoSaveProcessor::save(int id, CConfData* record) {
+    const auto* data = dynamic_cast<CConfAutoSaveData<T>*>(record);
+    auto* stored = hasRecord(id) ? getRecordAs<CConfAutoSaveData<T>>(id) : nullptr;
+    if (data == nullptr || stored == nullptr || !openForWriting()) return 0;
+    // The record passed in may have been made without the item's key.
+    if (!mpFileConfig->write(sGroup<T>::SECTION, stored->GetKey(), joinList(data->GetValues()))) {
+        std::puts("FAILED TO WRITE ON PRIO KEY ");
+        return 0;
+    }
+    stored->SetValues(data->GetValues());
+    mpFileConfig->close();
+    return 1;
+}
+
+bool CConfigAutoSaveProcessor::openForWriting() {
+    if (mpFileConfig && mpFileConfig->isOpen()) return true;
+    if (openFile(FILE_NAME, "r+b")) return true;
+    std::puts("failed to open dev type file config ");
+    return false;
+}
+
+}  // namespace hxl_config_handler

@@ -1,0 +1,45 @@
+// conf_auto_save.cfg: the live settings that the instrument comes back with after a power cycle.
+#ifndef CONFIG_PROCESSORS_AUTO_SAVE_PROCESSOR_H
+#define CONFIG_PROCESSORS_AUTO_SAVE_PROCESSOR_H
+
+#include "config/processors/config_processor.h"
+
+namespace hxl_config_handler {
+
+// Publishes the saved values at start, or seeds file and shared memory with the factory defaults
+// of the device type when the file is marked as fresh, and writes single items back.
+class CConfigAutoSaveProcessor : public CAbsConfigProcesor {
+  public:
+    CConfigAutoSaveProcessor();
+
+    // A bad number among the level items ends the load with std::invalid_argument or
+    // std::out_of_range. Saved values go to shared memory alone, not into the records.
+    int LoadConfigFile() override { return parseConfigAutoSaveFile(); }
+    int LoadDefaults() override;
+    int Initialise() override;
+    CConfData* GetConfData(int id) override;
+    CConfData* GetSharedMemData(int id) override;
+    int SaveConfData(int id, CConfData* record) override;
+    int SetSharedMemData(int id, CConfData* record) override;
+
+  private:
+    int parseConfigAutoSaveFile();
+    int parseConfigAutoSaveFileNewVal();
+    int parseDefaults();
+    void markInitialised();
+
+    template <typename T>
+    void loadGroup();
+    template <typename T>
+    bool storeDefaults(int devType);
+    template <typename T>
+    void addRecords();
+    template <typename T>
+    int save(int id, CConfData* record);
+
+    bool openForWriting();
+};
+
+}  // namespace hxl_config_handler
+
+#endif

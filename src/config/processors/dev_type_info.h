@@ -1,0 +1,22 @@
+// Who tells a processor which instrument it runs on.
+#ifndef CONFIG_PROCESSORS_DEV_TYPE_INFO_H
+#define CONFIG_PROCESSORS_DEV_TYPE_INFO_H
+
+#include <utility>
+
+// Processors and their manager live until the process ends and are never deleted through a base,
+// so no class below this one has a virtual destructor.
+#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
+
+// The device-info provider; the configuration manager is the one in the daemon.
+class IDevTypeInfo {
+  public:
+    // Fills `out` with (device type, channel count) and returns the device type: 0 not known yet,
+    // 1 a 35 V, 2 a 100 V, 3 a 35 V two-channel model of the other family. Count 1 or 2, or 0.
+    virtual int getDevTypeInfo(std::pair<int, int>& out) = 0;
+
+  protected:
+    ~IDevTypeInfo() = default;
+};
+
+#endif

@@ -1,0 +1,32 @@
+// devtype_info.cfg: the device string that tells the instrument's identity.
+#ifndef CONFIG_PROCESSORS_DEV_TYPE_PROCESSOR_H
+#define CONFIG_PROCESSORS_DEV_TYPE_PROCESSOR_H
+
+#include "config/processors/config_processor.h"
+
+namespace hxl_config_handler {
+
+// The item of the device string, which is also its shared object.
+inline constexpr int DEV_TYPE_ID = 48;
+
+// Stores the string as it is given. Prints every step of a save: people follow it on the console.
+class CConfigDevTypeProcessor : public CAbsConfigProcesor {
+  public:
+    CConfigDevTypeProcessor();
+
+    // Publishes the stored string; a file without one publishes nothing and is a failure.
+    int LoadConfigFile() override;
+    int LoadDefaults() override { return 0; }
+    int Initialise() override;
+    CConfData* GetConfData(int id) override { return getRecord(id); }
+    CConfData* GetSharedMemData(int id) override;
+    int SaveConfData(int id, CConfData* record) override;
+    int SetSharedMemData(int id, CConfData* record) override;
+
+  private:
+    bool writeDevInfo(const std::string& value);
+};
+
+}  // namespace hxl_config_handler
+
+#endif

@@ -1,0 +1,205 @@
+#include "config/processors/preset_processor.h"
+
+#include <cstddef>
+#include <cstdio>
+#include <cstdlib>
+
+#include "config/processors/value_list.h"
+#include "shared_memory/shared_memory.h"
+
+namespace hxl_config_handler {
+
+namespace {
+
+constexpr char FILE_NAME[] = "conf_preset.cfg";
+
+struct sPresetMemory {
+    int recordId;
+    const char* name;
+    int number;
+    int numericObject;
+    int stateObject;
+};
+constexpr sPresetMemory PRESET_MEMORIES[] = {
+    {42, "PM1_DBL", 1, 32, 33}, {43, "PM2_DBL", 2, 34, 35}, {44, "PM3_DBL", 3, 36, 37},
+    {45, "PM4_DBL", 4, 38, 39}, {46, "PM5_DBL", 5, 40, 41},
+};
+// What an unknown record identifier stands for.
+constexpr sPresetMemory NO_PRESET_MEMORY{0, "", 0, 0, 0};
+
+const sPresetMemory& memoryOf(int recordId) {
+    for (const sPresetMemory& memory : PRESET_MEMORIES) {
+        if (memory.recordId == recordId) return memory;
+    }
+    return NO_PRESET_MEMORY;
+}
+
+// Defaults for device types 1, 2 and 3, the same for both channels, in block order.
+constexpr float DEFAULT_NUMBERS[][3] = {
+    {6.0F, 20.0F, 6.0F},   {6.05F, 2.03F, 5.1F},  {36.5F, 102.0F, 36.0F},
+    {41.0F, 41.0F, 62.0F}, {10.0F, 10.0F, 10.0F}, {0.0F, 0.0F, 0.0F},
+    {6.0F, 20.0F, 6.0F},   {6.05F, 2.03F, 6.05F},  // the combined channels of type 3 keep the limit
+                                                   // of type 1
+};
+constexpr unsigned char DEFAULT_STATES[] = {0, 0, 1, 1, 1, 0, 0, 0, 0};
+
+// Zeros for an unknown device type.
+sPresetBlock defaultsOf(int devType) {
+    sPresetBlock block{};
+    if (devType < 1 || devType > 3) return block;
+    const auto* number = DEFAULT_NUMBERS;
+    for (const auto& setting : PRESET_NUMBERS) {
+        const float value = (*number++)[devType - 1];
+        for (float& channel : block.*setting.values)
+            channel = value;
+    }
+    const auto* state = DEFAULT_STATES;
+    for (const auto& setting : PRESET_STATES) {
+        for (unsigned char& channel : block.*setting.values)
+            channel = *state;
+        ++state;
+    }
+    return block;
+}
+
+void convert(const std::string& piece, float& value) {
+    value = static_cast<float>(std::strtod(piece.c_str(), nullptr));
+}
+
+void convert(const std::string& piece, unsigned char& value) {
+    value = static_cast<unsigned char>(std::strtol(piece.c_str(), nullptr, 10));
+}
+
+// Reads "channel 1,channel 2"; what follows a second comma does not count.
+template <typename T>
+void readSetting(core_utils::CFileConfig& file, const std::string& section,
+                 const sPresetSetting<T>& setting, sPresetBlock& block) {
+    std::string text;
+    file.read(section, setting.key, text);
+    const std::vector<std::string> pieces = splitList(text);
+    auto piece = pieces.begin();
+    for (T& channel : block.*setting.values) {
+        if (piece == pieces.end()) return;
+        convert(*piece++, channel);
+    }
+}
+
+template <typename T, std::size_t COUNT>
+bool writeSettings(core_utils::CFileConfig& file, const std::string& section,
+                   const sPresetSetting<T> (&settings)[COUNT], const sPresetBlock& block) {
+    bool written = true;
+    for (const auto& setting : settings) {
+        written = file.write(section, setting.key, joinList(block.*setting.values)) && written;
+    }
+    return written;
+}
+
+}  // namespace
+
+CConfigPresetProcessor::CConfigPresetProcessor() : CAbsConfigProcesor("ConfPreset") {}
+
+int CConfigPresetProcessor::LoadConfigFile() {
+    if (!openFile(FILE_NAME, "r+b")) {
+        std::puts("!!!!!!!!!!! Failed to open Configuration Preset File ");
+        return 0;
+    }
+    for (const sPresetMemory& memory : PRESET_MEMORIES) {
+        const sPresetBlock block = readSection(sectionOf(memory.number));
+        publishPreset(memory.recordId, CConfPresetData(memory.recordId, block));
+        auto* record = getRecordAs<CConfPresetData>(memory.recordId);
+        if (record == nullptr) {
+            std::puts("ITS NULL ");
+            continue;
+        }
+        record->SetPresetBlock(block);
+    }
+    return 1;
+}
+
+int CConfigPresetProcessor::LoadDefaults() {
+    const sPresetBlock block = defaultsOf(getDevTypeInfo().first);
+    for (const auto& [id, entry] : mMapConfData) {
+        auto* record = dynamic_cast<CConfPresetData*>(entry.get());
+        if (record == nullptr) continue;
+        record->SetPresetBlock(block);
+        publishPreset(id, *record);
+    }
+    return 1;
+}
+
+int CConfigPresetProcessor::Initialise() {
+    for (const sPresetMemory& memory : PRESET_MEMORIES) {
+        addRecord(std::make_unique<CConfPresetData>(memory.recordId, std::string(memory.name)));
+    }
+    return 0;
+}
+
+CConfData* CConfigPresetProcessor::GetSharedMemData(int id) {
+    if (mpSharedMemoryMngr == nullptr) return nullptr;
+    const sPresetMemory& memory = memoryOf(id);
+    const CConfAutoSaveDataDbl numbers(id,
+                                       mpSharedMemoryMngr->getDoubleVector(memory.numericObject));
+    const CConfAutoSaveDataSel states(id, mpSharedMemoryMngr->getByteVector(memory.stateObject));
+    if (numbers.GetValues().empty() || states.GetValues().empty()) return nullptr;
+    return new CConfPresetData(id, numbers, states);
+}
+
+int CConfigPresetProcessor::SaveConfData(int id, CConfData* record) {
+    const auto* preset = dynamic_cast<CConfPresetData*>(record);
+    if (preset == nullptr || !hasRecord(id)) return 0;
+    const sPresetBlock block = preset->GetPresetBlock();
+    if (!writeSection(sectionOf(memoryOf(id).number), block)) return 0;
+    if (auto* stored = getRecordAs<CConfPresetData>(id)) stored->SetPresetBlock(block);
+    return 1;
+}
+
+int CConfigPresetProcessor::SetSharedMemData(int id, CConfData* record) {
+    const auto* preset = dynamic_cast<CConfPresetData*>(record);
+    if (sharedMemoryForWrite() == nullptr || preset == nullptr || !hasRecord(id)) return 0;
+    publishPreset(id, *preset);
+    return 1;
+}
+
+int CConfigPresetProcessor::recordIdOf(int presetNo) {
+    for (const sPresetMemory& memory : PRESET_MEMORIES) {
+        if (memory.number == presetNo) return memory.recordId;
+    }
+    return 0;
+}
+
+std::string CConfigPresetProcessor::sectionOf(int presetNo) {
+    const char* variant = getDevTypeInfo().first == 2 ? "100_VOLTS_DEV" : "35_VOLTS_DEV";
+    return "INSTRUMENT_SETTING_" + std::to_string(presetNo) + "_" + variant;
+}
+
+sPresetBlock CConfigPresetProcessor::readSection(const std::string& section) {
+    sPresetBlock block{};
+    for (const auto& setting : PRESET_NUMBERS)
+        readSetting(*mpFileConfig, section, setting, block);
+    for (const auto& setting : PRESET_STATES)
+        readSetting(*mpFileConfig, section, setting, block);
+    // The last key is read twice, and a miss is reported twice: people know these lines.
+    readSetting(*mpFileConfig, section, *std::rbegin(PRESET_STATES), block);
+    return block;
+}
+
+// States come before numbers in the file's history of writes, and so they do here.
+bool CConfigPresetProcessor::writeSection(const std::string& section, const sPresetBlock& block) {
+    if (!mpFileConfig) return false;
+    const bool states = writeSettings(*mpFileConfig, section, PRESET_STATES, block);
+    const bool numbers = writeSettings(*mpFileConfig, section, PRESET_NUMBERS, block);
+    mpFileConfig->close();
+    if (!openFile(FILE_NAME, "r+b")) {
+        std::puts("FileConfig[1],Failed to open conf preset configuration ");
+    }
+    return states && numbers;
+}
+
+void CConfigPresetProcessor::publishPreset(int id, const CConfPresetData& preset) {
+    if (mpSharedMemoryMngr == nullptr) return;
+    const sPresetMemory& memory = memoryOf(id);
+    mpSharedMemoryMngr->setDoubleVector(memory.numericObject, preset.GetDblData().GetValues());
+    mpSharedMemoryMngr->setByteVector(memory.stateObject, preset.GetSelData().GetValues());
+}
+
+}  // namespace hxl_config_handler

@@ -1,0 +1,63 @@
+#include "config/processors/system_processor.h"
+
+#include "config/records/chn_fw_version_data.h"
+#include "config/records/current_sharing_data.h"
+#include "shared_memory/shared_memory.h"
+
+namespace hxl_config_handler {
+
+namespace {
+
+constexpr char SHARING_SECTION[] = "CURRENT_SHARING_W1";
+constexpr const char* SHARING_KEYS[] = {"DOMINANT_PART", "SUPPORTING_PART", "MID_POINT",
+                                        "CONVERGE_POINT"};
+constexpr char VERSION_SECTION[] = "FW_VERSION";
+constexpr char VERSION_KEY[] = "Value";
+
+}  // namespace
+
+CConfigSystemProcessor::CConfigSystemProcessor() : CAbsConfigProcesor("CConfigSystemProcessor") {}
+
+int CConfigSystemProcessor::LoadConfigFile() {
+    if (!openFile(SYSTEM_FILE_NAME, "rb")) return 0;
+    loadCurrentSharing();
+    loadChnFwVersion();
+    return 1;
+}
+
+int CConfigSystemProcessor::Initialise() {
+    addRecord(std::make_unique<CConfCurrentSharingData>(CURRENT_SHARING_ID));
+    addRecord(std::make_unique<CConfChnFwVersionData>(CHN_FW_VERSION_ID));
+    return 0;
+}
+
+CConfData* CConfigSystemProcessor::GetSharedMemData(int id) {
+    if (mpSharedMemoryMngr == nullptr) return nullptr;
+    if (id == CURRENT_SHARING_ID) {
+        return new CConfCurrentSharingData(id, {id, mpSharedMemoryMngr->getDoubleVector(id)});
+    }
+    if (id == CHN_FW_VERSION_ID) return new CConfChnFwVersionData(id, getSharedText(id));
+    return nullptr;
+}
+
+void CConfigSystemProcessor::loadCurrentSharing() {
+    std::vector<double> values;
+    for (const char* key : SHARING_KEYS) {
+        double value = 0.0;
+        mpFileConfig->read(SHARING_SECTION, key, value);
+        values.push_back(value);
+    }
+    auto* record = getRecordAs<CConfCurrentSharingData>(CURRENT_SHARING_ID);
+    if (record != nullptr) record->SetValues(values);
+    publish(CURRENT_SHARING_ID, values);
+}
+
+void CConfigSystemProcessor::loadChnFwVersion() {
+    std::string version = "VERSION";
+    mpFileConfig->read(VERSION_SECTION, VERSION_KEY, version);
+    auto* record = getRecordAs<CConfChnFwVersionData>(CHN_FW_VERSION_ID);
+    if (record != nullptr) record->SetText(version);
+    publish(CHN_FW_VERSION_ID, version);
+}
+
+}  // namespace hxl_config_handler

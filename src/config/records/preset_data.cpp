@@ -1,0 +1,65 @@
+#include "config/records/preset_data.h"
+
+#include <cstddef>
+#include <vector>
+
+namespace hxl_config_handler {
+
+namespace {
+
+constexpr char CLASS_NAME[] = "CConfPresetData";
+
+template <typename Value, typename T, std::size_t COUNT>
+std::vector<Value> toValues(const sPresetBlock& block, const sPresetSetting<T> (&settings)[COUNT]) {
+    std::vector<Value> values;
+    for (const auto& setting : settings) {
+        for (const T value : block.*setting.values)
+            values.push_back(value);
+    }
+    return values;
+}
+
+template <typename Value, typename T, std::size_t COUNT>
+void fromValues(sPresetBlock& block, const sPresetSetting<T> (&settings)[COUNT],
+                const std::vector<Value>& values) {
+    auto next = values.begin();
+    for (const auto& setting : settings) {
+        for (T& value : block.*setting.values) {
+            if (next == values.end()) return;
+            value = static_cast<T>(*next++);
+        }
+    }
+}
+
+}  // namespace
+
+CConfPresetData::CConfPresetData(int id, const std::string& name)
+    : CConfData(id, name), mDblData(id, CLASS_NAME), mSelData(id, CLASS_NAME) {
+    SetPresetBlock({});
+}
+
+CConfPresetData::CConfPresetData(int id, const sPresetBlock& block)
+    : CConfData(id, CLASS_NAME), mDblData(id, CLASS_NAME), mSelData(id, CLASS_NAME) {
+    SetPresetBlock(block);
+}
+
+CConfPresetData::CConfPresetData(int id, const CConfAutoSaveDataDbl& dblData,
+                                 const CConfAutoSaveDataSel& selData)
+    : CConfData(id, CLASS_NAME), mDblData(id, CLASS_NAME), mSelData(id, CLASS_NAME) {
+    mDblData.SetValues(dblData.GetValues());
+    mSelData.SetValues(selData.GetValues());
+}
+
+sPresetBlock CConfPresetData::GetPresetBlock() const {
+    sPresetBlock block{};
+    fromValues(block, PRESET_NUMBERS, mDblData.GetValues());
+    fromValues(block, PRESET_STATES, mSelData.GetValues());
+    return block;
+}
+
+void CConfPresetData::SetPresetBlock(const sPresetBlock& block) {
+    mDblData.SetValues(toValues<double>(block, PRESET_NUMBERS));
+    mSelData.SetValues(toValues<unsigned char>(block, PRESET_STATES));
+}
+
+}  // namespace hxl_config_handler

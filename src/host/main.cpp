@@ -1,0 +1,27 @@
+// The configuration daemon: prints its banner, starts the handlers and stays.
+#include <time.h>
+
+#include <cstdio>
+#include <iostream>
+
+#include "host/app_config_manager.h"
+
+int main() {
+    // Standard output is a pipe or a log file on a board and this process never exits: a line
+    // that waited in a full buffer would be lost.
+    std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
+
+    std::cout << "App Config Manager" << std::endl;
+    auto* registry = new CAppConfigManager;  // never freed: its handlers run to the end
+    if (!registry->init()) {
+        std::puts("FAILED TO INITIALISE APP CONFIG MNGR");
+    } else if (!registry->start()) {
+        std::puts("FAILED TO START APP CONFIG MNGR");
+    }
+
+    // Resident whatever happened: whoever supervises the board must not see a restart loop.
+    while (true) {
+        constexpr timespec ONE_SECOND{1, 0};
+        nanosleep(&ONE_SECOND, nullptr);
+    }
+}

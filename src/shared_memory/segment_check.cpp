@@ -1,0 +1,90 @@
+#include "shared_memory/segment_check.h"
+
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <sys/statvfs.h>
+#include <time.h>
+#include <unistd.h>
+
+#include <cstdint>
+#include <stdexcept>
+
+namespace core_utils {
+
+namespace {
+
+// The first word of a managed segment is its state: 0 and 1 until its creator has finished.
+constexpr std::uint32_t LAST_UNFINISHED_STATE = 1;
+constexpr int CREATOR_PATIENCE_MS = 1000;
+constexpr char SHARED_MEMORY_FOLDER[] = "/dev/shm";
+
+// An open descriptor of the segment's memory object, or none.
+class CSegmentFile {
+  public:
+    explicit CSegmentFile(const std::string& name)
+        : mDescriptor(shm_open(name.c_str(), O_RDWR, 0)) {}
+    CSegmentFile(const CSegmentFile&) = delete;
+    CSegmentFile& operator=(const CSegmentFile&) = delete;
+    ~CSegmentFile() {
+        if (exists()) ::close(mDescriptor);
+    }
+
+    bool exists() const { return mDescriptor >= 0; }
+    int descriptor() const { return mDescriptor; }
+
+    std::size_t size() const {
+        struct stat64 status {};
+        return fstat64(mDescriptor, &status) == 0 ? static_cast<std::size_t>(status.st_size) : 0;
+    }
+
+    bool isFinished() const {
+        std::uint32_t state = 0;
+        return pread64(mDescriptor, &state, sizeof state, 0) == sizeof state &&
+               state > LAST_UNFINISHED_STATE;
+    }
+
+  private:
+    const int mDescriptor;
+};
+
+void waitForCreator(const CSegmentFile& file) {
+    constexpr timespec ONE_MS{0, 1'000'000};
+    for (int waited = 0; !file.isFinished(); ++waited) {
+        // One byte is how a creator marks a segment that it gave up; attaching reports that.
+        if (file.size() == 1) return;
+        if (waited == CREATOR_PATIENCE_MS) {
+            throw std::runtime_error("its creator never finished it; remove it and restart");
+        }
+        nanosleep(&ONE_MS, nullptr);
+    }
+}
+
+void requireRoom(std::size_t size) {
+    struct statvfs64 space {};
+    if (statvfs64(SHARED_MEMORY_FOLDER, &space) != 0) return;
+    if (space.f_bavail * space.f_bsize < size) throw std::runtime_error("no room to create it");
+}
+
+}  // namespace
+
+void checkBeforeAttaching(const std::string& name, std::size_t size) {
+    const CSegmentFile file(name);
+    if (file.exists()) {
+        waitForCreator(file);
+    } else {
+        requireRoom(size);
+    }
+}
+
+void checkAfterAttaching(const std::string& name, std::size_t size) {
+    const CSegmentFile file(name);
+    if (!file.exists() || file.size() < size) {
+        throw std::runtime_error("it is smaller than its header says");
+    }
+    if (posix_fallocate64(file.descriptor(), 0, static_cast<off64_t>(file.size())) != 0) {
+        throw std::runtime_error("no room for all of its pages");
+    }
+}
+
+}  // namespace core_utils
