@@ -1,20 +1,176 @@
 #include "storage/file_config.h"
 
 #include <gtest/gtest.h>
+#include <sys/mount.h>
 
+#include <random>
+
+#include "storage/file_config_model.h"
 #include "support/files.h"
 
 namespace {
 
-TEST(FileConfig, KeepsSecondOpenFromReplacingTheFirst) {
-    const std::string path = support::configPath("a.cfg");
-    support::writeFile(path, "[Sec]\nKey=1\n");
-    core_utils::CFileConfig file;
-    ASSERT_TRUE(file.open(path, "r+b"));
-    EXPECT_FALSE(file.open("/dev/null", "r+b"));
-    int value = 0;
-    EXPECT_TRUE(file.read("Sec", "Key", value));
-    EXPECT_EQ(1, value);
+using core_utils::CFileConfig;
+using support::CFileConfigModel;
+using support::sFileOperation;
+
+const std::string kPath = support::configPath("test.cfg");
+
+std::string filled(int length, char character = 'x') {
+    return std::string(static_cast<std::size_t>(length), character);
+}
+
+struct sCase {
+    std::vector<std::string> lines;
+    std::vector<sFileOperation> operations;
+
+    std::string bytes() const {
+        std::string all;
+        for (const std::string& line : lines)
+            all += line;
+        return all;
+    }
+};
+
+// Random files and operations, rich in what sits on the edge of a rule.
+class CGenerator {
+  public:
+    explicit CGenerator(unsigned seed) : mRandom(seed) {}
+
+    sCase makeCase() {
+        mNames = {"Sec", "A", pick({"", "A]", "B B", filled(77, 'S'), filled(78, 'S')})};
+        mKeys = {pick({"", "Key ", "#K", filled(40, 'k'), filled(78, 'k'), "a=b"}), "Key", "K"};
+        sCase made;
+        for (int i = below(25); i > 0; --i)
+            made.lines.push_back(line());
+        if (!made.lines.empty() && below(3) == 0) made.lines.back().pop_back();
+        for (int i = 1 + below(12); i > 0; --i)
+            made.operations.push_back(operation());
+        return made;
+    }
+
+  private:
+    int below(int limit) { return static_cast<int>(mRandom() % static_cast<unsigned>(limit)); }
+
+    std::string pick(const std::vector<std::string>& choices) {
+        return choices[mRandom() % choices.size()];
+    }
+
+    // Mostly near a multiple of the chunk size.
+    std::string filler() {
+        const std::vector<int> lengths = {3, 9, 75, 80, 80, 155, 160, 240};
+        return filled(lengths[mRandom() % lengths.size()] + below(8) - 3);
+    }
+
+    std::string rubbish() {
+        const std::string nasty("=[]# \t\r\0\x80\xFFKA", 13);
+        std::string bytes;
+        for (int i = below(12); i > 0; --i)
+            bytes += nasty[mRandom() % nasty.size()];
+        return bytes;
+    }
+
+    std::string value() {
+        return pick({"1", "22", "-3.5", "12.500000", "1e999", "text", "a=b", "", "0", filler(),
+                     filled(below(6) + 76 - std::min(static_cast<int>(mKeys[0].size()), 70))});
+    }
+
+    std::string line() {
+        const std::string key = pick(mKeys);
+        const std::string after = pick({"", "\r", " junk", "=1", rubbish()}) + "\n";
+        return pick({"[" + pick(mNames) + "]" + after, "[" + pick(mNames) + "]" + filled(76) + "\n",
+                     "[" + pick(mNames) + "]\n", key + "=" + value() + after,
+                     key + "=" + value() + "\n", key + "=" + rubbish() + value() + after,
+                     pick({"\n", "\r\n", "  \n", "text\n", "=\n", "==1\n", " [A]\n"}),
+                     "#" + pick({"", "K=1", filler()}) + after, filler() + after, rubbish() + after,
+                     filled(80 * (1 + below(2))) + pick({"[A]", "#", "text", key + "=1"}) + after});
+    }
+
+    sFileOperation operation() {
+        sFileOperation made;
+        made.action = support::kFileActions[below(16) == 0 ? below(2) : 2 + below(10)];
+        made.section = pick(mNames);
+        made.key = pick(mKeys);
+        made.value = value();
+        made.number = below(made.action == "read raw" || below(2) == 0 ? 90 : 2000000000) + 1;
+        made.noCreate = below(3) == 0;
+        return made;
+    }
+
+    std::mt19937 mRandom;
+    std::vector<std::string> mNames;
+    std::vector<std::string> mKeys;
+};
+
+// What the first step that differs from the model gave, or nothing.
+std::string findDifference(const sCase& tested) {
+    CFileConfigModel model;
+    model.bytes = tested.bytes();
+    support::writeFile(kPath, model.bytes);
+    CFileConfig file;
+    std::ostringstream difference;
+    const std::string printed = support::printedBy([&] {
+        model.open(kPath, "r+b");
+        file.open(kPath, "r+b");
+        for (const sFileOperation& operation : tested.operations) {
+            const std::string expected = support::perform(model, kPath, operation);
+            const std::string result = support::perform(file, kPath, operation);
+            const std::string bytes = support::readFile(kPath);
+            if (result == expected && bytes == model.bytes) continue;
+            difference << "expected " << testing::PrintToString(expected) << " and file "
+                       << testing::PrintToString(model.bytes) << "\ngot      "
+                       << testing::PrintToString(result) << " and file "
+                       << testing::PrintToString(bytes);
+            break;
+        }
+    });
+    if (difference.str().empty() && printed != model.printed) {
+        difference << "expected output " << model.printed << "\ngot " << printed;
+    }
+    return difference.str();
+}
+
+// Drops whatever is not needed for a difference to show.
+sCase shrink(sCase failing) {
+    const auto dropFrom = [&](auto member) {
+        for (std::size_t i = (failing.*member).size(); i-- > 0;) {
+            sCase smaller = failing;
+            (smaller.*member).erase((smaller.*member).begin() + static_cast<std::ptrdiff_t>(i));
+            if (!findDifference(smaller).empty()) failing = smaller;
+        }
+    };
+    dropFrom(&sCase::operations);
+    dropFrom(&sCase::lines);
+    return failing;
+}
+
+std::string describe(const sCase& failing) {
+    std::ostringstream text;
+    for (const std::string& line : failing.lines)
+        text << testing::PrintToString(line) << '\n';
+    for (const sFileOperation& done : failing.operations) {
+        text << done.action << " [" << done.section << "] " << done.key << " '" << done.value
+             << "' " << done.number << (done.noCreate ? " noCreate\n" : "\n");
+    }
+    return text.str();
+}
+
+unsigned numberFromEnvironment(const char* name, unsigned otherwise) {
+    const char* text = std::getenv(name);
+    return text != nullptr ? static_cast<unsigned>(std::strtoul(text, nullptr, 10)) : otherwise;
+}
+
+TEST(FileConfig, AgreesWithTheModelOnRandomFilesAndOperations) {
+    const unsigned seed = numberFromEnvironment("APP_CONFIG_TEST_SEED", 1);
+    const unsigned count = numberFromEnvironment("APP_CONFIG_TEST_FILES", 4000);
+    std::cout << "APP_CONFIG_TEST_SEED=" << seed << " APP_CONFIG_TEST_FILES=" << count << '\n';
+    for (unsigned i = seed; i != seed + count; ++i) {
+        const sCase tested = CGenerator(i).makeCase();
+        if (findDifference(tested).empty()) continue;
+        const sCase smallest = shrink(tested);
+        FAIL() << "APP_CONFIG_TEST_SEED=" << i << '\n'
+               << describe(smallest) << findDifference(smallest);
+    }
 }
 
 }  // namespace
