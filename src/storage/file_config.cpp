@@ -1,9 +1,13 @@
 #include "storage/file_config.h"
 
+#include <pthread.h>
+
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <new>
 
+#include "logging/logger.h"
 #include "storage/chunk_reader.h"
 
 namespace core_utils {
@@ -100,6 +104,25 @@ bool readToken(CFileConfig& file, const std::string& section, const std::string&
     return false;
 }
 
+void logMiss(const std::string& section, const std::string& key) {
+    core_logger::CLogger* logger = core_logger::CLogger::getInstance();
+    if (logger == nullptr || logger->getLevel() > core_logger::LEVEL_ERROR) return;
+    char message[256];
+    std::snprintf(message, sizeof message, "[TID:0x%0X] %s FAILED to read [%s]:[%s]",
+                  static_cast<unsigned int>(pthread_self()), "read", section.c_str(), key.c_str());
+    auto* event = new (std::nothrow)
+        core_logger::CLogEvent(__LINE__, core_logger::LEVEL_ERROR, "CFileConfig", message);
+    if (event != nullptr) logger->log(event);
+}
+
+// As readToken(), for the readers whose misses go to the maintenance log too: all but int's.
+bool readLoggedToken(CFileConfig& file, const std::string& section, const std::string& key,
+                     const char* type, char (&value)[VALUE_CAPACITY]) {
+    if (readToken(file, section, key, type, value)) return true;
+    logMiss(section, key);
+    return false;
+}
+
 }  // namespace
 
 bool CFileConfig::open(const char* path, const char* mode) {
@@ -153,21 +176,21 @@ bool CFileConfig::read(const std::string& section, const std::string& key, int& 
 
 bool CFileConfig::read(const std::string& section, const std::string& key, std::string& out) {
     char value[VALUE_CAPACITY];
-    if (!readToken(*this, section, key, "str", value)) return false;
+    if (!readLoggedToken(*this, section, key, "str", value)) return false;
     out = value;
     return true;
 }
 
 bool CFileConfig::read(const std::string& section, const std::string& key, float& out) {
     char value[VALUE_CAPACITY];
-    if (!readToken(*this, section, key, "int", value)) return false;
+    if (!readLoggedToken(*this, section, key, "int", value)) return false;
     out = static_cast<float>(std::strtod(value, nullptr));
     return true;
 }
 
 bool CFileConfig::read(const std::string& section, const std::string& key, double& out) {
     char value[VALUE_CAPACITY];
-    if (!readToken(*this, section, key, "int", value)) return false;
+    if (!readLoggedToken(*this, section, key, "int", value)) return false;
     out = std::stod(value);
     return true;
 }

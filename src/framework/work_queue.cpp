@@ -1,0 +1,71 @@
+#include "framework/work_queue.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <exception>
+#include <limits>
+#include <utility>
+
+namespace core_utils {
+
+namespace {
+using Lock = std::lock_guard<std::mutex>;
+}
+
+CWorkQueue::CWorkQueue(std::string name) : mstrName(std::move(name)) {
+    try {
+        mpWorkItems = std::make_unique<std::deque<IWorkItem*>>();
+    } catch (const std::exception&) {
+        std::puts("EXCPETION CATCH ");
+    }
+}
+
+void CWorkQueue::setMaxWorkLoad(std::int32_t maxWorkLoad) {
+    const Lock lock(mMutex);
+    miMaxWorkLoad = std::min(maxWorkLoad, MAX_WORK_LOAD);
+}
+
+bool CWorkQueue::pushWork(IWorkItem* item) {
+    if (item == nullptr || mpWorkItems == nullptr) return false;
+    const Lock lock(mMutex);
+    if (miWorkCount >= miMaxWorkLoad) {
+        std::fprintf(stderr, "pushWork - miWorkCount %d - miMaxWorkLoad %d\n", miWorkCount,
+                     miMaxWorkLoad);
+        return false;
+    }
+    if (mbStopped) {
+        std::fprintf(stderr, "After stopwork() pushWork - miWorkCount %d\n", miWorkCount);
+    }
+    mpWorkItems->push_back(item);
+    ++miWorkCount;
+    return true;
+}
+
+bool CWorkQueue::popWork(IWorkItem*& out) {
+    const Lock lock(mMutex);
+    // Empty polls count too: producers rely on the limit that loosens while the queue is idle.
+    // The floor is reached after some two days of polling; a wrap would shut the queue for good.
+    if (miWorkCount > std::numeric_limits<std::int32_t>::min()) --miWorkCount;
+    if (mpWorkItems == nullptr || mpWorkItems->empty()) return false;
+    out = mpWorkItems->front();
+    mpWorkItems->pop_front();
+    return true;
+}
+
+bool CWorkQueue::stopWork(IWorkItem* lastItem) {
+    if (lastItem == nullptr) return false;
+    if (mpWorkItems == nullptr) {
+        std::puts("stopWork - mpWrkQSem->release() failed");
+        return false;
+    }
+    {
+        const Lock lock(mMutex);
+        mbStopped = true;
+        mpWorkItems->push_back(lastItem);
+        ++miWorkCount;
+    }
+    mCondition.notify_one();
+    return true;
+}
+
+}  // namespace core_utils

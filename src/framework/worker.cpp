@@ -1,0 +1,59 @@
+#include "framework/worker.h"
+
+#include <time.h>
+
+#include <cstdio>
+#include <exception>
+#include <utility>
+
+namespace core_utils {
+
+CWorker::CWorker(std::shared_ptr<CWorkQueue> queue, std::uint32_t pollPeriodMicros)
+    : mpWorkQueue(std::move(queue)), muiPollPeriod(pollPeriodMicros) {}
+
+bool CWorker::start() {
+    if (mbStarted) {
+        std::printf("thread alread started \n");
+        return false;
+    }
+    // After requestStop() alone the thread has left its loop, but nobody has joined it yet.
+    CAbsWorkerThread::stop();
+    mbStopRequested = false;
+    mbStarted = true;
+    try {
+        CAbsWorkerThread::start();
+    } catch (const std::exception&) {
+        mbStarted = false;
+    }
+    return mbStarted;
+}
+
+bool CWorker::stop() {
+    CAbsWorkerThread::stop();
+    return false;
+}
+
+void CWorker::requestStop() {
+    mbStopRequested = true;
+}
+
+void CWorker::run() {
+    constexpr std::uint32_t MICROS_PER_SECOND = 1000000;
+    timespec period{};
+    period.tv_sec = static_cast<time_t>(muiPollPeriod / MICROS_PER_SECOND);
+    period.tv_nsec = static_cast<long>(muiPollPeriod % MICROS_PER_SECOND) * 1000;
+    while (!mbStopRequested) {
+        executeNext();
+        if (muiPollPeriod >= 1) nanosleep(&period, nullptr);
+    }
+    mbStarted = false;
+}
+
+void CWorker::executeNext() {
+    IWorkItem* next = nullptr;
+    if (!mpWorkQueue->popWork(next)) return;
+    const std::unique_ptr<IWorkItem> item(next);
+    item->execute();
+}
+
+}  // namespace core_utils
