@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 #include <sys/mount.h>
 
+#include <algorithm>
+#include <iterator>
 #include <random>
 
 #include "storage/file_config_model.h"
@@ -171,6 +173,137 @@ TEST(FileConfig, AgreesWithTheModelOnRandomFilesAndOperations) {
         FAIL() << "APP_CONFIG_TEST_SEED=" << i << '\n'
                << describe(smallest) << findDifference(smallest);
     }
+}
+
+TEST(FileConfig, AgreesWithTheModelOnLargeFiles) {
+    sCase large;
+    for (int i = 0; i < 10000; ++i)
+        large.lines.push_back("[" + std::to_string(i) + "]\nKey=" + std::to_string(i) + "\n");
+    for (const char* section : {"9999", "0", "5000", "10000"}) {
+        for (const char* action : {"read int", "write text", "read text", "remove"})
+            large.operations.push_back({action, section, "Key", "longer than it was", 0, false});
+    }
+    EXPECT_EQ("", findDifference(large));
+
+    std::mt19937 random(1);
+    std::generate_n(std::back_inserter(large.lines[4000]), 300000, [&] { return random() % 256; });
+    EXPECT_EQ("", findDifference(large));
+}
+
+// The rules by hand, against a mistake that the model shares.
+TEST(FileConfig, ReadsTheFirstTokenOfTheFirstMatchingKey) {
+    const struct {
+        std::string bytes;
+        int size;  // of the value, or -1, or 50 where it is left alone
+    } cases[] = {
+        {"[Sec] junk\nKey=\t 77  junk\n", 2},
+        {"[Sec]\n#Key=1\nkey=1\n[B]\nKey=1\n[Sec]\nKey=333\nKey=1\n", 3},
+        {"[Sec]\nKey = 1\n", -1},
+        {" [Sec]\nKey=1\n", -1},
+        {"[Sec]\nKey=a=b\n", -1},
+        {"[Sec]\nKey=  \nKey=1\n", 50},
+        {"[Sec]\nKey=" + filled(49), 49},
+        {"[Sec]\nKey=" + filled(50), 50},
+    };
+    for (const auto& wanted : cases) {
+        support::writeFile(kPath, wanted.bytes);
+        CFileConfig file;
+        ASSERT_TRUE(file.open(kPath, "rb"));
+        char value[50] = {};
+        int size = sizeof(value);
+        EXPECT_EQ(wanted.size > 0 && wanted.size < 50, file.readValue("Sec", "Key", value, &size));
+        EXPECT_EQ(wanted.size, size) << wanted.bytes;
+    }
+}
+
+TEST(FileConfig, RewritesOnlyWhatAWriteMustChange) {
+    const std::string head = "\ntext\n[Sec]\n\nA=1\n";
+    const std::string untidy = "\ntext\n#c\n[B]\n\nKey=3\n";
+    const std::string tidied = "#c\n\n[B]\nKey=3\n";
+    const std::string longLine = "[Sec]\nKey=" + filled(90) + "\nA=1\n";
+    const struct {
+        std::string before;
+        std::string value;  // empty: the key is removed
+        bool done;
+        std::string after;
+    } cases[] = {
+        {head + "Key=22\n" + untidy, "33", true, head + "Key=33\n" + untidy},
+        {head + "Key=22\n" + untidy, "4", true, head + "Key=4\n" + tidied},
+        {head + "Key=22\n" + untidy, "555", true, head + "Key=555\n" + tidied},
+        {head + "Key=22\n" + untidy, "", true, head + tidied},
+        {head + untidy, "1", true, "\ntext\n[Sec]\nKey=1\nA=1\n" + tidied},
+        {"", "val", true, "\n[Sec]\nKey=val\n"},
+        {"A=1", "val", true, "A=1\n\n[Sec]\nKey=val\n"},
+        {longLine, "1", true, "[Sec]\nKey=1\nA=1\n"},
+        {longLine, "", true, "[Sec]\nA=1\n"},
+        {"[Sec]\nKey=1\n", filled(76), false, "[Sec]\nKey=1\n"},
+        {"[Sec]\nKey=1\n", filled(77), true, "[Sec]\nKey=" + filled(76)},
+    };
+    for (const auto& wanted : cases) {
+        support::writeFile(kPath, wanted.before);
+        CFileConfig file;
+        ASSERT_TRUE(file.open(kPath, "r+b"));
+        const bool done = wanted.value.empty() ? file.removeKey("Sec", "Key")
+                                               : file.write("Sec", "Key", wanted.value);
+        EXPECT_EQ(wanted.done, done) << wanted.before << wanted.value;
+        EXPECT_EQ(wanted.after, support::readFile(kPath));
+    }
+}
+
+void expectRefusal(CFileConfig& file, const char* section, const char* key, const char* value) {
+    char buffer[9];
+    int size = sizeof(buffer);
+    EXPECT_FALSE(file.readValue(section, key, value == nullptr ? nullptr : buffer, &size));
+    EXPECT_EQ(-1, size);
+    EXPECT_FALSE(file.writeValue(section, key, value, 1));
+    EXPECT_FALSE(value != nullptr && file.removeKey(section, key));
+}
+
+TEST(FileConfig, RefusesMissingArgumentsAndAFileThatIsNotOpen) {
+    support::writeFile(kPath, "[Sec]\nKey=1\n");
+    CFileConfig file;
+    EXPECT_FALSE(file.open(support::configPath("none.cfg"), "r+b"));
+    EXPECT_FALSE(file.isOpen());
+    expectRefusal(file, "Sec", "Key", "2");
+    ASSERT_TRUE(file.open(kPath, "r+b"));
+    EXPECT_TRUE(file.isOpen());
+    expectRefusal(file, nullptr, "Key", "2");
+    expectRefusal(file, "Sec", nullptr, "2");
+    expectRefusal(file, "Sec", "Key", nullptr);
+    EXPECT_EQ("[Sec]\nKey=1\n", support::readFile(kPath));
+}
+
+TEST(FileConfig, LosesNothingInAFileItMayNotWrite) {
+    const std::string bytes = "[Sec]\nKey=1\n";
+    support::writeFile(kPath, bytes);
+    CFileConfig file;
+    ASSERT_TRUE(file.open(kPath, "rb"));
+    const std::string printed = support::printedBy([&] {
+        EXPECT_FALSE(file.write("Sec", "Key", 2)) << "in place";
+        EXPECT_FALSE(file.write("Other", "Key", 2)) << "appended";
+        EXPECT_FALSE(file.write("Sec", "Key", 22)) << "rewritten";
+        EXPECT_FALSE(file.removeKey("Sec", "Key"));
+    });
+    EXPECT_EQ("truncate fail : 22 \ntruncate fail : 22 \n", printed);
+    EXPECT_EQ(bytes, support::readFile(kPath));
+
+    file.close();
+    ASSERT_TRUE(file.open(support::configPath(""), "rb")) << "a folder: every read fails";
+    expectRefusal(file, "Sec", "Key", "2");
+}
+
+TEST(FileConfig, ReportsAFullDiskAndKeepsWhatComesBeforeTheLine) {
+    ASSERT_EQ(0, mount("tmpfs", support::configPath("").c_str(), "tmpfs", 0, "size=4k"));
+    std::string before = "[Sec]\nA=1\nKey=2\n";
+    while (before.size() < 4080)
+        before += "Next=" + filled(10) + "\n";
+    support::writeFile(kPath, before);
+    CFileConfig file;
+    ASSERT_TRUE(file.open(kPath, "r+b"));
+    EXPECT_FALSE(file.write("Other", "Key", filled(60)));
+    EXPECT_FALSE(file.write("Sec", "Key", filled(60)));
+    EXPECT_TRUE(file.write("Sec", "A", 2)) << "in place: needs no room";
+    EXPECT_EQ("[Sec]\nA=2\n", support::readFile(kPath).substr(0, 10));
 }
 
 }  // namespace
