@@ -1,0 +1,122 @@
+#include "framework/application.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <numeric>
+#include <thread>
+
+#include "support/files.h"
+#include "support/wait_until.h"
+
+namespace {
+
+using app::CApplication;
+using core::CEvtMgr;
+using core_utils::CWorkQueue;
+
+constexpr std::uint32_t kEvent = 7;
+
+struct CTestEvent : core::CEvent {
+    explicit CTestEvent(int number = 0) : CEvent(kEvent, 0), miNumber(number) {}
+    std::unique_ptr<CEvent> clone() const override { return std::make_unique<CTestEvent>(*this); }
+    const int miNumber;
+};
+
+struct CTestHandler : core::IEvtHandler {
+    explicit CTestHandler(std::shared_ptr<CWorkQueue> queue = nullptr) : mpQueue(queue) {}
+    void handleEvent(const std::shared_ptr<core::CEvent>& event) override {
+        mNumbers.push_back(std::static_pointer_cast<CTestEvent>(event)->miNumber);
+        mThread = std::this_thread::get_id();
+        ++miHandled;
+    }
+    std::shared_ptr<CWorkQueue> getWorkQueue() override { return mpQueue; }
+
+    const std::shared_ptr<CWorkQueue> mpQueue;
+    std::vector<int> mNumbers;
+    std::thread::id mThread;
+    std::atomic<int> miHandled{0};
+};
+
+// How many deliveries are in a queue that no worker serves.
+int drain(CWorkQueue& queue) {
+    int items = 0;
+    for (core_utils::IWorkItem* item = nullptr; queue.popWork(item); delete item)
+        ++items;
+    return items;
+}
+
+TEST(EventManager, FansOutToTwoHandlersEachOnTheThreadOfItsOwnQueue) {
+    const auto defaultQueue = std::make_shared<CWorkQueue>("default");
+    const auto ownQueue = std::make_shared<CWorkQueue>("own");
+    CEvtMgr manager(defaultQueue);
+    const auto first = std::make_shared<CTestHandler>();
+    const auto second = std::make_shared<CTestHandler>(ownQueue);
+    ASSERT_TRUE(manager.subscribe(kEvent, first) && manager.subscribe(kEvent, second));
+    core_utils::CWorker firstWorker(defaultQueue, 1);
+    core_utils::CWorker secondWorker(ownQueue, 1);
+    ASSERT_TRUE(firstWorker.start() && secondWorker.start());
+
+    std::vector<int> numbers(200);
+    std::iota(numbers.begin(), numbers.end(), 0);
+    for (const int number : numbers)
+        EXPECT_TRUE(manager.publish(std::make_shared<CTestEvent>(number)));
+    ASSERT_TRUE(
+        support::waitUntil([&] { return first->miHandled == 200 && second->miHandled == 200; }));
+    EXPECT_EQ(numbers, first->mNumbers);
+    EXPECT_EQ(numbers, second->mNumbers);
+    EXPECT_NE(first->mThread, second->mThread);
+    EXPECT_NE(std::this_thread::get_id(), first->mThread);
+}
+
+TEST(EventManager, KeepsATableAndDeletesWhatAQueueRefuses) {
+    const auto queue = std::make_shared<CWorkQueue>("default");
+    const auto fullQueue = std::make_shared<CWorkQueue>("full");
+    fullQueue->setMaxWorkLoad(0);
+    CEvtMgr manager(queue);
+    const auto one = std::make_shared<CTestHandler>();
+    const auto event = std::make_shared<CTestEvent>();
+    const auto delivered = [&](bool allQueued) {
+        EXPECT_EQ(allQueued, manager.publish(event));
+        const int items = drain(*queue);
+        EXPECT_EQ(1, event.use_count()) << "nothing is left of a refused item";
+        return items;
+    };
+    EXPECT_FALSE(manager.publish(nullptr) || manager.subscribe(kEvent, nullptr));
+    EXPECT_FALSE(manager.unsubscribe(kEvent, one)) << "an empty table";
+    EXPECT_EQ(0, delivered(false)) << "no subscriber";
+    for (int i = 0; i < 2; ++i)
+        EXPECT_TRUE(manager.subscribe(kEvent, one) && manager.subscribe(kEvent + 1, one));
+    EXPECT_EQ(2, delivered(true)) << "one for each entry";
+    EXPECT_TRUE(manager.subscribe(kEvent, std::make_shared<CTestHandler>(fullQueue)));
+    EXPECT_EQ(2, delivered(false)) << "the others are served";
+    EXPECT_TRUE(manager.publish(event, queue)) << "every item to the queue that is given";
+    EXPECT_EQ(3, drain(*queue));
+    EXPECT_TRUE(manager.unsubscribe(kEvent, one)) << "both entries, of this event alone";
+    EXPECT_TRUE(manager.unsubscribeAll(one));
+    EXPECT_FALSE(manager.unsubscribe(kEvent + 1, one) || manager.unsubscribeAll(one));
+}
+
+TEST(Application, DeliversBetweenStartAndStopOnly) {
+    const auto handler = std::make_shared<CTestHandler>();
+    const auto event = std::make_shared<CTestEvent>();
+    CApplication application("Test");
+    testing::internal::CaptureStderr();
+    EXPECT_FALSE(application.subscribe(kEvent, handler) || application.publish(event) ||
+                 application.unsubscribe(kEvent, handler) || application.forwardToEvtMgr(handler));
+    EXPECT_EQ(nullptr, application.getWorkQueue());
+    EXPECT_TRUE(application.start());
+    EXPECT_EQ(
+        " !!!!!!!!!!!!!!!!! WORKQUE NOT READY !!!!!!!!!!!!!!!!! \n"
+        "CApplication: start Test\n",
+        testing::internal::GetCapturedStderr());
+    EXPECT_TRUE(application.subscribe(kEvent, handler) && application.publish(event));
+    ASSERT_TRUE(support::waitUntil([&] { return handler->miHandled == 1; }));
+    EXPECT_TRUE(application.forwardToEvtMgr(handler));
+    EXPECT_FALSE(application.publish(event));
+    EXPECT_EQ("CApplication end: Test\n",
+              support::printedBy([&] { EXPECT_FALSE(application.stop()); }));
+    EXPECT_TRUE(application.start()) << "again; its destructor stops it";
+}
+
+}  // namespace

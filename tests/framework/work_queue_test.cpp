@@ -1,0 +1,102 @@
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <limits>
+
+#include "framework/worker.h"
+#include "support/files.h"
+#include "support/wait_until.h"
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using Numbers = std::vector<int>;
+
+struct CTestQueue : core_utils::CWorkQueue {
+    using CWorkQueue::CWorkQueue;
+    using CWorkQueue::miWorkCount;
+};
+
+Numbers executed;
+std::atomic<int> deleted{0};
+
+struct CItem : core_utils::IWorkItem {
+    explicit CItem(int number) : miNumber(number) {}
+    ~CItem() override { ++deleted; }
+    void execute() override { executed.push_back(miNumber); }
+    const int miNumber;
+};
+
+int pushUntilRefused(CTestQueue& queue) {
+    for (int accepted = 0;; ++accepted) {
+        auto item = std::make_unique<CItem>(accepted);
+        if (!queue.pushWork(item.get())) return accepted;
+        static_cast<void>(item.release());
+    }
+}
+
+// Ends with an empty poll.
+Numbers drain(CTestQueue& queue) {
+    executed.clear();
+    for (core_utils::IWorkItem* item = nullptr; queue.popWork(item); delete item)
+        item->execute();
+    return executed;
+}
+
+TEST(WorkQueue, LimitLeavesTheItemWithTheCallerAndLoosensByEmptyPollsWithoutAWrap) {
+    constexpr std::int32_t kFloor = std::numeric_limits<std::int32_t>::min();
+    CTestQueue queue("test");
+    queue.setMaxWorkLoad(2);
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(2, pushUntilRefused(queue));
+    EXPECT_EQ(1, deleted) << "the refused item, by its owner";
+    EXPECT_EQ((Numbers{0, 1}), drain(queue)) << "oldest first";
+    drain(queue);
+    EXPECT_EQ(2 + 2, pushUntilRefused(queue));
+    drain(queue);
+    queue.miWorkCount = kFloor;
+    drain(queue);
+    EXPECT_EQ(kFloor, queue.miWorkCount);
+
+    queue.miWorkCount = 2;
+    EXPECT_FALSE(queue.stopWork(nullptr) || queue.pushWork(nullptr));
+    EXPECT_TRUE(queue.stopWork(new CItem(7))) << "whatever the limit";
+    queue.setMaxWorkLoad(std::numeric_limits<std::int32_t>::max());
+    EXPECT_TRUE(queue.pushWork(new CItem(8)));
+    queue.miWorkCount = 0x3FFFFFFF;
+    EXPECT_EQ(0, pushUntilRefused(queue));
+    EXPECT_EQ((Numbers{7, 8}), drain(queue));
+    EXPECT_EQ(
+        "pushWork - miWorkCount 2 - miMaxWorkLoad 2\n"
+        "pushWork - miWorkCount 2 - miMaxWorkLoad 2\n"
+        "After stopwork() pushWork - miWorkCount 3\n"
+        "pushWork - miWorkCount 1073741823 - miMaxWorkLoad 1073741823\n",
+        testing::internal::GetCapturedStderr());
+}
+
+TEST(Worker, ExecutesOneItemAPeriodAndCanBeStartedAgain) {
+    constexpr std::chrono::microseconds kPeriod(20000);
+    const auto queue = std::make_shared<CTestQueue>("test");
+    queue->pushWork(new CItem(0));
+    queue->pushWork(new CItem(1));
+    core_utils::CWorker worker(queue, kPeriod.count());
+    const auto begin = Clock::now();
+    ASSERT_TRUE(worker.start());
+    EXPECT_EQ("thread alread started \n",
+              support::printedBy([&] { EXPECT_FALSE(worker.start()); }));
+    ASSERT_TRUE(support::waitUntil([] { return deleted == 2; }));
+    EXPECT_FALSE(worker.stop()) << "the kept result";
+    EXPECT_GE(Clock::now() - begin, 2 * kPeriod) << "the second item, and the pause after it";
+
+    EXPECT_TRUE(worker.start()) << "a stop request of the past does not count";
+    queue->pushWork(new CItem(2));
+    ASSERT_TRUE(support::waitUntil([] { return deleted == 3; }));
+    worker.requestStop();
+    support::printedBy(
+        [&] { EXPECT_TRUE(support::waitUntil([&] { return worker.start(); })) << "nor this one"; });
+    queue->pushWork(new CItem(3));
+    EXPECT_TRUE(support::waitUntil([] { return deleted == 4; }));
+}
+
+}  // namespace

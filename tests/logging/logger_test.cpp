@@ -1,0 +1,184 @@
+#include "logging/logger.h"
+
+#include <gtest/gtest.h>
+#include <pthread.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstring>
+#include <ctime>
+
+#include "logging/log_sink_file.h"
+#include "storage/file_config.h"
+#include "support/files.h"
+#include "support/wait_until.h"
+
+namespace {
+
+using namespace std::string_literals;
+using core_logger::CLogEvent;
+using core_logger::CLogger;
+using core_logger::CLogSinkFile;
+using support::printedBy;
+using support::readFile;
+
+const std::string kDirectory = "/dev/shm/log/deep";
+const std::string kHeader = "\n9/9/9 9:9:9 : Log Created ";
+
+std::string local(const char* format, int daysAgo = 0) {
+    const time_t when = time(nullptr) - time_t{86400} * daysAgo;
+    char text[32];
+    return {text, std::strftime(text, sizeof text, format, std::localtime(&when))};
+}
+
+const std::string kPath = kDirectory + local("/MaintLogger_%Y%m%d.log");
+
+// With one 9 for each number.
+std::string masked(std::string text) {
+    std::replace_if(
+        text.begin(), text.end(), [](char one) { return std::strchr("0123456789", one); }, '9');
+    const auto twice = [](char one, char next) { return one == '9' && next == '9'; };
+    text.erase(std::unique(text.begin(), text.end(), twice), text.end());
+    return text;
+}
+
+std::shared_ptr<CLogEvent> makeEvent(unsigned int level = 1, const std::string& text = "message") {
+    return std::make_shared<CLogEvent>(42, level, std::string(40, 'M').c_str(), text.c_str());
+}
+
+class LogSinkFile : public testing::Test {
+  protected:
+    CLogger& mLogger = *CLogger::getInstance();
+    CLogSinkFile mSink{mLogger, nullptr};
+};
+using Logger = LogSinkFile;
+
+// Nobody stops this logger: its worker still runs when the program ends.
+TEST_F(Logger, WritesADatedFileWithOneLineForEachLostLookup) {
+    EXPECT_FALSE(mLogger.log(new CLogEvent(1, 4, "Module", "before the start")));
+    ASSERT_TRUE(mLogger.start(kDirectory, 100000) && mLogger.addLogSink(CLogger::SINK_FILE));
+    support::writeFile(support::configPath("test.cfg"), "[Sec]\n");
+    core_utils::CFileConfig file;
+    ASSERT_TRUE(file.open(support::configPath("test.cfg"), "rb"));
+    const auto miss = [&](const char* key, auto value) { file.read("Sec", key, value); };
+    miss("off", std::string());
+    mLogger.setLevel(4);
+    miss("int", 0);
+    miss("str", std::string());
+    miss("float", 0.0F);
+    miss("double", 0.0);
+    char thread[16];
+    std::snprintf(thread, sizeof thread, "0x%X", static_cast<unsigned int>(pthread_self()));
+    std::string expected = kHeader;
+    for (const char* key : {"str", "float", "double"})
+        expected += std::string("\n[9/9/9 9:9:9.9] :[CFileConfig], [9], [ERR], [TID:") + thread +
+                    "] read FAILED to read [Sec]:[" + key + "]";
+    EXPECT_TRUE(support::waitUntil([&] { return masked(readFile(kPath)) == masked(expected); }));
+}
+
+TEST_F(LogSinkFile, LineShowsTheEventAndIsCut) {
+    ASSERT_TRUE(mSink.initialise(kDirectory, 10000));
+    std::string expected = readFile(kPath);
+    unsigned int level = 0;
+    for (const char* name : {"-", "DBG", "INF", "WRN", "ERR", "-"}) {
+        const auto event = makeEvent(level++, std::string(300, 't'));
+        EXPECT_EQ(std::string(31, 'M'), event->getModule());
+        EXPECT_EQ(std::string(255, 't'), event->getMessage());
+        mSink.handleEvent(event);
+        const std::string line = "\n["s + event->getTimestamp() + "] :[" + event->getModule() +
+                                 "], [42], [" + name + "], " + event->getMessage();
+        expected += line.substr(0, 256);
+    }
+    EXPECT_EQ(expected, readFile(kPath));
+    setenv("TZ", "XYZ-5:30", 1);
+    EXPECT_TRUE(support::waitUntil([] {
+        const std::string stamp = makeEvent()->getTimestamp();
+        return stamp.size() < 23 && stamp.substr(0, 20) == local("%d/%m/%Y %H:%M:%S.");
+    })) << "local time, and below 100 milliseconds unpadded";
+}
+
+TEST_F(LogSinkFile, SwitchesTheLoggerOffWhenItsFileIsFull) {
+    const std::string full = "ERROR : CLogger WRITE to file failure since it reach to max size.\n";
+    for (const std::uint32_t maxSize : {35U, 36U}) {  // bytes, of which the header takes 35
+        const bool fits = maxSize == 36;
+        mLogger.setLevel(1);
+        EXPECT_EQ(fits ? "" : full,
+                  printedBy([&] { EXPECT_TRUE(mSink.initialise(kDirectory, maxSize)); }));
+        EXPECT_EQ(fits ? 1U : 5U, mLogger.getLevel());
+        EXPECT_EQ(full + "CLogSinkFile::mbIsInitialised false\n", printedBy([&] {
+                      mSink.handleEvent(makeEvent());
+                      mSink.handleEvent(makeEvent());
+                  }));
+        EXPECT_EQ(5U, mLogger.getLevel());
+        EXPECT_EQ(fits ? kHeader : "", masked(readFile(kPath)));
+    }
+}
+
+TEST_F(LogSinkFile, SaysWhyNothingIsWritten) {
+    EXPECT_FALSE(mSink.initialise(std::string(257, 'd'), 10000));
+    EXPECT_EQ("ERROR : CLogger OPEN [/dev/full" + kPath.substr(kDirectory.size()) + "]\n",
+              printedBy([&] { EXPECT_FALSE(mSink.initialise("/dev/full", 10000)); }));
+    ASSERT_EQ(0, mkdir("/dev/shm/log", 0700) + mkdir(kDirectory.c_str(), 0700) +
+                     symlink("/dev/full", kPath.c_str()));
+    EXPECT_EQ("ERROR : CLogger WRITE to filen\n",
+              printedBy([&] { EXPECT_TRUE(mSink.initialise(kDirectory, 10000)); }));
+    EXPECT_EQ("ERROR : CLogger  WRITE to file\n\nERROR : CLogger close file ",
+              printedBy([&] { mSink.handleEvent(makeEvent()); }));
+}
+
+TEST_F(LogSinkFile, HouseKeepingDeletesWhatIsOlderThanTheCutOffDate) {
+    unsigned int deleted = 9;
+    unsigned int failed = 9;
+    EXPECT_FALSE(mSink.houseKeep(30, deleted, failed)) << "no file is open";
+    ASSERT_TRUE(mSink.initialise(kDirectory, 10000));
+    const std::vector<std::string> old = {local("/MaintLogger_%Y%m%d.log", 31),
+                                          local("/x%Y%m%d.log", 31), "/note.00000000.txt"};
+    const std::vector<std::string> kept = {local("/MaintLogger_%Y%m%d.log", 30),
+                                           local("/%Y%m%d.log", 31), "/MaintLogger_20000101_log"};
+    for (const auto& names : {old, kept})
+        for (const std::string& name : names)
+            support::writeFile(kDirectory + name, "");
+    for (const char* name : {"/MaintLogger_20000101.log", "/MaintLogger_29990101.log"})
+        ASSERT_EQ(0, mkdir((kDirectory + name).c_str(), 0700));
+    EXPECT_TRUE(mSink.houseKeep(30, deleted, failed));
+    EXPECT_EQ(old.size(), deleted);
+    EXPECT_EQ(1U, failed) << "the old directory";
+    for (const std::string& name : kept)
+        EXPECT_EQ(0, access((kDirectory + name).c_str(), F_OK)) << name;
+    EXPECT_EQ("raw time < days duration secon per day\n",
+              printedBy([&] { EXPECT_FALSE(mSink.houseKeep(0x7FFFFFFF, deleted, failed)); }));
+}
+
+TEST_F(Logger, HasOneSinkAtATimeAndSaysWhenItHasNone) {
+    // Nobody else holds the event any more when it has been handled.
+    const auto printedOfOneEvent = [&] {
+        return printedBy([&] {
+            const auto event = makeEvent();
+            EXPECT_TRUE(mLogger.publish(event));
+            EXPECT_TRUE(support::waitUntil([&] { return event.use_count() == 1; }));
+        });
+    };
+    EXPECT_EQ("house keep not applicable \n",
+              printedBy([&] { EXPECT_FALSE(mLogger.houseKeep(1)); }));
+    EXPECT_EQ("CLogger: removeLogSink failed \n",
+              printedBy([&] { EXPECT_FALSE(mLogger.removeLogSink()); }));
+    EXPECT_EQ("CLogger: addLogSink failed \n",
+              printedBy([&] { EXPECT_FALSE(mLogger.addLogSink(CLogger::SINK_FILE)); }));
+    ASSERT_TRUE(mLogger.start(kDirectory, 10000) && mLogger.addLogSink(CLogger::SINK_SLOG));
+    EXPECT_EQ("CLogSinkSlog:: Event not handled 2147483649\n", printedOfOneEvent());
+    EXPECT_TRUE(mLogger.addLogSink(CLogger::SINK_STD));
+    EXPECT_EQ("", printedOfOneEvent()) << "the earlier sink gets nothing";
+    EXPECT_TRUE(mLogger.addLogSink(CLogger::SINK_FILE));
+    EXPECT_EQ("CLogger: addLogSink failed \n",
+              printedBy([&] { EXPECT_FALSE(mLogger.addLogSink(4)); }));
+    EXPECT_EQ("", printedOfOneEvent());
+    EXPECT_EQ(kHeader + "\n[9/9/9 9:9:9.9] :[" + std::string(31, 'M') + "], [9], [DBG], message",
+              masked(readFile(kPath)));
+    EXPECT_TRUE(mLogger.houseKeep(30) && mLogger.removeLogSink());
+    EXPECT_FALSE(mLogger.publish(makeEvent()));
+    EXPECT_EQ("mpLogSink empy \n", printedBy([&] { EXPECT_FALSE(mLogger.houseKeep(1)); }));
+    EXPECT_EQ("CApplication end: MaintLogger\n", printedBy([&] { EXPECT_FALSE(mLogger.stop()); }));
+}
+
+}  // namespace

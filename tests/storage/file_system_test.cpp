@@ -1,0 +1,84 @@
+#include "storage/file_system.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+
+#include "storage/file_find.h"
+#include "support/files.h"
+
+namespace {
+
+using namespace std::string_literals;
+using core_utils::CFileSystem;
+using support::readFile;
+using support::writeFile;
+
+const std::string kRoot = "/dev/shm/";  // empty for each test
+
+TEST(FileSystem, CopyRefusesCleanlyAndLeavesTheDestinationAlone) {
+    ASSERT_EQ(0, chdir(kRoot.c_str()));
+    EXPECT_TRUE(CFileSystem::makeDirectory("dir"));
+    EXPECT_TRUE(CFileSystem::makeDirectory("dir")) << "it exists already";
+    const int huge = open64("huge", O_CREAT | O_WRONLY, 0600);
+    ASSERT_EQ(0, ftruncate64(huge, off64_t{3} << 30));
+    close(huge);
+    writeFile("old", "old");
+    for (const char* source : {"none", "dir", "huge"}) {
+        EXPECT_FALSE(CFileSystem::copyFile(source, "old", false)) << source;
+        EXPECT_EQ("old", readFile("old")) << source;
+    }
+    const std::string bytes("a\0\n\xFF", 4);
+    writeFile("new", bytes);
+    writeFile("empty", "");
+    EXPECT_FALSE(CFileSystem::copyFile("new", "old", true));
+    EXPECT_EQ("old", readFile("old"));
+    EXPECT_FALSE(CFileSystem::copyFile("new", "/dev/full", false));
+    EXPECT_TRUE(CFileSystem::copyFile("new", "new", false));
+    EXPECT_TRUE(CFileSystem::copyFile("new", "created", true));
+    EXPECT_EQ(bytes, readFile("created"));
+    EXPECT_TRUE(CFileSystem::copyFile("empty", "old", false));
+    EXPECT_EQ("", readFile("old"));
+}
+
+TEST(FileSystem, MakesEveryDirectoryOfAPath) {
+    ASSERT_EQ(0, chdir(kRoot.c_str()));
+    const std::string longest = kRoot + std::string(246, 'd');
+    EXPECT_FALSE(CFileSystem::makeDirectoryPath("") ||
+                 CFileSystem::makeDirectoryPath(longest + "e"));
+    EXPECT_TRUE(CFileSystem::makeDirectoryPath("/dev/full/below")) << "as far as it gets";
+    for (std::string path : {"a\\b/c"s, kRoot + "x//y/", "\\relative"s, longest}) {
+        EXPECT_TRUE(CFileSystem::makeDirectoryPath(path)) << path;
+        std::replace(path.begin(), path.end(), '\\', '/');
+        if (path == "/relative") path.erase(0, 1);
+        EXPECT_TRUE(CFileSystem::removeDirectory(path)) << path;
+    }
+}
+
+TEST(FileSystem, FinderDescribesEachMatchAndPrintsWhyThereIsNone) {
+    core_utils::CFileFind finder;
+    core_utils::sFoundFile found = {};
+    const std::string deep = kRoot + std::string(200, 'd') + "/";
+    ASSERT_TRUE(CFileSystem::makeDirectory(kRoot + "b.dir") && CFileSystem::makeDirectory(deep));
+    for (const std::string& path : {kRoot + "a.txt", kRoot + "c.txt", deep + std::string(60, 'f')})
+        writeFile(path, "");
+    ASSERT_EQ(0,
+              chmod((kRoot + "c.txt").c_str(), 0444) + symlink("none", (kRoot + "z.lnk").c_str()));
+    std::string all;
+    for (bool more = finder.findFirstFile(kRoot + "[abc].*", found); more;
+         more = finder.findNextFile(found))
+        all += std::string(found.szPath).substr(kRoot.size()) + (found.bDirectory ? " dir" : "") +
+               (found.bReadOnly ? " read-only" : "") + "\n";
+    EXPECT_EQ("a.txt\nb.dir/ dir\nc.txt read-only\n", all);
+    EXPECT_FALSE(finder.findNextFile(found)) << "once past the end";
+
+    int error = 0;
+    for (const std::string& pattern : {kRoot + "*.none", deep + "*", kRoot + "*.lnk"})
+        EXPECT_EQ("CFileFind::findFirstFile error " + std::to_string(++error) + "\n",
+                  support::printedBy([&] { EXPECT_FALSE(finder.findFirstFile(pattern, found)); }));
+}
+
+}  // namespace
