@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <sys/mount.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <iterator>
@@ -293,17 +294,20 @@ TEST(FileConfig, LosesNothingInAFileItMayNotWrite) {
 }
 
 TEST(FileConfig, ReportsAFullDiskAndKeepsWhatComesBeforeTheLine) {
-    ASSERT_EQ(0, mount("tmpfs", support::configPath("").c_str(), "tmpfs", 0, "size=4k"));
+    const std::string folder = support::configPath("full");
+    const std::string path = folder + "/test.cfg";
+    ASSERT_EQ(0, mkdir(folder.c_str(), 0700));
+    ASSERT_EQ(0, mount("tmpfs", folder.c_str(), "tmpfs", 0, "size=4k"));
     std::string before = "[Sec]\nA=1\nKey=2\n";
     while (before.size() < 4080)
         before += "Next=" + filled(10) + "\n";
-    support::writeFile(kPath, before);
+    support::writeFile(path, before);
     CFileConfig file;
-    ASSERT_TRUE(file.open(kPath, "r+b"));
+    ASSERT_TRUE(file.open(path, "r+b"));
     EXPECT_FALSE(file.write("Other", "Key", filled(60)));
     EXPECT_FALSE(file.write("Sec", "Key", filled(60)));
     EXPECT_TRUE(file.write("Sec", "A", 2)) << "in place: needs no room";
-    EXPECT_EQ("[Sec]\nA=2\n", support::readFile(kPath).substr(0, 10));
+    EXPECT_EQ("[Sec]\nA=2\n", support::readFile(path).substr(0, 10));
 }
 
 }  // namespace

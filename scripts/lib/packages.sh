@@ -1,0 +1,18 @@
+# Debian packages for the scripts that need them; to be sourced.
+
+# Installs those of the named packages that are missing, as root or through sudo.
+install_packages() {
+    local missing=() package
+    for package in "$@"; do
+        if [[ $(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null) != installed ]]; then
+            missing+=("$package")
+        fi
+    done
+    if ((${#missing[@]} == 0)); then return; fi
+
+    local run=(env DEBIAN_FRONTEND=noninteractive)
+    if ((EUID != 0)); then run=(sudo "${run[@]}"); fi
+    echo "installing: ${missing[*]}"
+    "${run[@]}" apt-get -qq update </dev/null
+    "${run[@]}" apt-get -qq install --no-install-recommends -y "${missing[@]}" </dev/null
+}
