@@ -1,3 +1,4 @@
+# shellcheck shell=bash
 # Debian packages for the scripts that need them; to be sourced.
 
 # Installs those of the named packages that are missing, as root or through sudo.
