@@ -1,6 +1,9 @@
 # shellcheck shell=bash
 # Debian packages for the scripts that need them; to be sourced.
 
+# What every build of product, tools and tests needs.
+BUILD_PACKAGES=(cmake g++ ninja-build libboost-dev libgtest-dev libcli11-dev nlohmann-json3-dev)
+
 # Installs those of the named packages that are missing, as root or through sudo.
 install_packages() {
     local missing=() package

@@ -21,12 +21,12 @@ class CConfigAutoSaveHandler : public CAbsConfigHandler {
     void printConfData();
 
   protected:
+    // One cycle: compares every item and has the changed ones saved.
+    void saveChanges();
+
     std::vector<unsigned int> mvecDblIndex;
     std::vector<unsigned int> mvecSelIndex;
     std::vector<unsigned int> mvecStrIndex;
-
-  private:
-    void saveChanges();
 };
 
 #endif

@@ -1,0 +1,148 @@
+#include "shmconf/object_table.h"
+
+#include <algorithm>
+#include <cctype>
+#include <charconv>
+#include <numeric>
+#include <utility>
+
+#include "shared_memory/object_directory.h"
+#include "shmconf/tool_error.h"
+
+namespace shmconf {
+
+namespace {
+
+constexpr const char* TYPE_NAMES[] = {"double", "byte", "text"};
+
+struct sTypedRange {
+    int first;
+    int last;
+    eType type;
+};
+constexpr sTypedRange TYPES[] = {
+    {0, 5, eType::DOUBLE},    // output settings
+    {7, 22, eType::BYTE},     // modes and states
+    {24, 25, eType::TEXT},    // wireless network
+    {27, 29, eType::DOUBLE},  // fan, drift correction, current sharing
+    {30, 30, eType::TEXT},    // firmware version of the channels
+    {32, 32, eType::DOUBLE}, {33, 33, eType::BYTE},   {34, 34, eType::DOUBLE},  // presets 1 to 5
+    {35, 35, eType::BYTE},   {36, 36, eType::DOUBLE}, {37, 37, eType::BYTE},
+    {38, 38, eType::DOUBLE}, {39, 39, eType::BYTE},   {40, 40, eType::DOUBLE},
+    {41, 41, eType::BYTE},   {48, 48, eType::TEXT},  // device identity
+};
+
+constexpr const sTypedRange* rangeOf(int id) {
+    for (const sTypedRange& range : TYPES) {
+        if (range.first <= id && id <= range.last) return &range;
+    }
+    return nullptr;
+}
+
+constexpr bool hasTypeForEveryObject() {
+    for (const auto& object : core_utils::OBJECT_DIRECTORY) {
+        if (rangeOf(object.id) == nullptr) return false;
+    }
+    return true;
+}
+static_assert(hasTypeForEveryObject());
+
+std::string toUpper(std::string text) {
+    for (char& c : text)
+        c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+    return text;
+}
+
+bool isIdentifier(const std::string& text, int& id) {
+    const char* end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, id);
+    return error == std::errc() && stop == end;
+}
+
+// Whether `text` is what is left of `name` when some of its characters are dropped.
+bool isAbbreviation(const std::string& text, const std::string& name) {
+    std::size_t at = 0;
+    for (const char c : name) {
+        if (at < text.size() && text[at] == c) ++at;
+    }
+    return at == text.size();
+}
+
+// How many single-character edits make one text the other.
+std::size_t editDistance(const std::string& from, const std::string& to) {
+    std::vector<std::size_t> row(to.size() + 1);
+    std::iota(row.begin(), row.end(), std::size_t{0});
+    for (std::size_t i = 1; i <= from.size(); ++i) {
+        std::size_t diagonal = std::exchange(row[0], i);
+        for (std::size_t j = 1; j <= to.size(); ++j) {
+            const std::size_t substituted = diagonal + (from[i - 1] != to[j - 1] ? 1 : 0);
+            diagonal = row[j];
+            row[j] = std::min({row[j] + 1, row[j - 1] + 1, substituted});
+        }
+    }
+    return row[to.size()];
+}
+
+std::string listed(const std::vector<sObject>& objects) {
+    std::string text;
+    for (const sObject& object : objects)
+        text += "\n  " + std::to_string(object.id) + "\t" + object.name;
+    return text;
+}
+
+template <typename Distance>
+[[noreturn]] void throwUnknown(const std::string& text, Distance distance) {
+    constexpr std::size_t SUGGESTIONS = 3;
+    std::vector<sObject> closest = allObjects();
+    std::stable_sort(closest.begin(), closest.end(),
+                     [&](const sObject& a, const sObject& b) { return distance(a) < distance(b); });
+    closest.resize(SUGGESTIONS);
+    throw CToolError(STATUS_USAGE,
+                     "there is no object \"" + text + "\"; closest are:" + listed(closest));
+}
+
+sObject findById(const std::string& text, int id) {
+    for (const sObject& object : allObjects()) {
+        if (object.id == id) return object;
+    }
+    throwUnknown(text, [id](const sObject& object) {
+        return id > object.id ? id - object.id : object.id - id;
+    });
+}
+
+}  // namespace
+
+const char* typeName(eType type) {
+    return TYPE_NAMES[static_cast<int>(type)];
+}
+
+std::vector<sObject> allObjects() {
+    std::vector<sObject> objects;
+    for (const auto& [id, name] : core_utils::OBJECT_DIRECTORY)
+        objects.push_back({id, name, rangeOf(id)->type});
+    return objects;
+}
+
+sObject findObject(const std::string& text) {
+    int id = 0;
+    if (isIdentifier(text, id)) return findById(text, id);
+
+    const std::string name = toUpper(text);
+    std::vector<sObject> matches;
+    for (const sObject& object : allObjects()) {
+        if (name == object.name) return object;
+        if (!name.empty() && std::string(object.name).rfind(name, 0) == 0)
+            matches.push_back(object);
+    }
+    if (matches.size() == 1) return matches.front();
+    if (!matches.empty()) {
+        throw CToolError(
+            STATUS_USAGE,
+            "\"" + text + "\" is the beginning of more than one object:" + listed(matches));
+    }
+    throwUnknown(text, [&name](const sObject& object) {
+        return std::pair(!isAbbreviation(name, object.name), editDistance(name, object.name));
+    });
+}
+
+}  // namespace shmconf

@@ -1,0 +1,81 @@
+#include "shmconf/output.h"
+
+#include <algorithm>
+#include <array>
+#include <iomanip>
+#include <nlohmann/json.hpp>
+#include <ostream>
+
+namespace shmconf {
+
+namespace {
+
+constexpr std::size_t COLUMNS = 5;
+using Cells = std::array<std::string, COLUMNS>;
+
+constexpr const char* STATE_NAMES[] = {"absent", "unreadable", "present"};
+
+std::size_t countOf(const Values& values) {
+    return std::visit([](const auto& elements) { return elements.size(); }, values);
+}
+
+Cells cellsOf(const sRow& row) {
+    const bool present = row.contents.state == eState::PRESENT;
+    return {std::to_string(row.object.id), row.object.name, typeName(row.object.type),
+            present ? std::to_string(countOf(row.contents.values)) : "-", describe(row)};
+}
+
+nlohmann::json toJson(const sRow& row) {
+    nlohmann::json json = {{"id", row.object.id},
+                           {"name", row.object.name},
+                           {"type", typeName(row.object.type)},
+                           {"state", STATE_NAMES[static_cast<int>(row.contents.state)]}};
+    if (row.contents.state != eState::PRESENT) return json;
+    std::visit([&json](const auto& elements) { json["values"] = elements; }, row.contents.values);
+    return json;
+}
+
+}  // namespace
+
+std::string describe(const sRow& row) {
+    switch (row.contents.state) {
+        case eState::ABSENT:
+            return "(absent)";
+        case eState::UNREADABLE:
+            return std::string("(is no vector of type ") + typeName(row.object.type) + ")";
+        case eState::PRESENT:
+            break;
+    }
+    return formatValues(row.contents.values);
+}
+
+void printTable(std::ostream& out, const std::vector<sRow>& rows) {
+    std::vector<Cells> lines = {{"ID", "NAME", "TYPE", "COUNT", "VALUES"}};
+    for (const sRow& row : rows)
+        lines.push_back(cellsOf(row));
+    std::array<std::size_t, COLUMNS> widths{};
+    for (const Cells& cells : lines) {
+        for (std::size_t i = 0; i < COLUMNS; ++i)
+            widths[i] = std::max(widths[i], cells[i].size());
+    }
+    constexpr std::array<bool, COLUMNS> IS_NUMBER = {true, false, false, true, false};
+    for (const Cells& cells : lines) {
+        std::string line;
+        for (std::size_t i = 0; i < COLUMNS; ++i) {
+            const std::string padding(widths[i] - cells[i].size(), ' ');
+            line += IS_NUMBER[i] ? padding + cells[i] : cells[i] + padding;
+            line += "  ";
+        }
+        out << line.erase(line.find_last_not_of(' ') + 1) << '\n';
+    }
+}
+
+void printJson(std::ostream& out, const std::vector<sRow>& rows) {
+    nlohmann::json json = nlohmann::json::array();
+    for (const sRow& row : rows)
+        json.push_back(toJson(row));
+    constexpr int INDENT = 2;
+    out << json.dump(INDENT, ' ', false, nlohmann::json::error_handler_t::replace) << '\n';
+}
+
+}  // namespace shmconf

@@ -1,0 +1,29 @@
+// What is in objects, as columns for a person and as JSON for a program.
+#ifndef SHMCONF_OUTPUT_H
+#define SHMCONF_OUTPUT_H
+
+#include <iosfwd>
+#include <string>
+#include <vector>
+
+#include "shmconf/segment.h"
+
+namespace shmconf {
+
+struct sRow {
+    sObject object;
+    sContents contents;
+};
+
+// The values, or in words that there are none to show.
+std::string describe(const sRow& row);
+
+void printTable(std::ostream& out, const std::vector<sRow>& rows);
+
+// An array with one member for each row. JSON knows only UTF-8 and finite numbers: other bytes
+// become the replacement character, other numbers null.
+void printJson(std::ostream& out, const std::vector<sRow>& rows);
+
+}  // namespace shmconf
+
+#endif

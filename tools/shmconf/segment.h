@@ -1,0 +1,43 @@
+// The shared segment as the tool sees it: never made by accident, and an object that does not
+// exist is not the same as one without elements.
+#ifndef SHMCONF_SEGMENT_H
+#define SHMCONF_SEGMENT_H
+
+#include <sys/types.h>
+
+#include "shmconf/object_table.h"
+#include "shmconf/values.h"
+
+namespace shmconf {
+
+enum class eState { ABSENT, UNREADABLE, PRESENT };
+
+// UNREADABLE: an object has the name, but it cannot be a vector of the object's type.
+struct sContents {
+    eState state = eState::ABSENT;
+    Values values;
+};
+
+// One a process, like the segment's handles, which it leaves attached. One thread. Operations
+// throw CToolError if the segment cannot be used, such as when a peer died holding its lock,
+// which costs ten seconds.
+class CSegment {
+  public:
+    // Attaches to the segment; without one, throws unless `create` is set.
+    explicit CSegment(bool create);
+
+    sContents read(const sObject& object) const;
+
+    // Leaves exactly `values` in the object, creating it if it does not exist.
+    void write(const sObject& object, const Values& values) const;
+
+    // True once the attached segment no longer has its name: nobody will change it any more.
+    bool isReplaced() const;
+
+  private:
+    ino_t mInode = 0;
+};
+
+}  // namespace shmconf
+
+#endif
