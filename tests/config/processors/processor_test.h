@@ -2,15 +2,17 @@
 #ifndef CONFIG_PROCESSORS_PROCESSOR_TEST_H
 #define CONFIG_PROCESSORS_PROCESSOR_TEST_H
 
+#include <sys/mount.h>
+
 #include "config/processors/config_processor.h"
 #include "config/processors/value_list.h"
-#include "config/records/auto_save_data.h"
 #include "shared_memory/peer.h"
 #include "support/files.h"
 
 namespace support {
 
-using Texts = std::vector<std::string>;
+using hxl_config_handler::CConfData;
+using hxl_config_handler::joinList;
 
 // What `operation` prints, then 1 for its success or 0.
 template <typename Operation>
@@ -19,19 +21,24 @@ std::string outcomeOf(Operation operation) {
     const std::string printed = printedBy([&] { success = operation() ? true : false; });
     return printed + (success ? '1' : '0');
 }
+inline std::string load(CAbsConfigProcesor& processor) {
+    return outcomeOf([&] { return processor.LoadConfigFile(); });
+}
+inline std::string save(CAbsConfigProcesor& processor, int id, CConfData* record) {
+    return outcomeOf([&] { return processor.SaveConfData(id, record); });
+}
 
 inline core_utils::CSharedMemory& shared() {
     return *CAbsConfigProcesor::mpSharedMemoryMngr;
 }
-// A shared object's values with commas between them.
 inline std::string numbersIn(int id) {
-    return hxl_config_handler::joinList(shared().getDoubleVector(id));
+    return joinList(shared().getDoubleVector(id));
 }
 inline std::string bytesIn(int id) {
-    return hxl_config_handler::joinList(shared().getByteVector(id));
+    return joinList(shared().getByteVector(id));
 }
 inline std::string textsIn(int id) {
-    return hxl_config_handler::joinList(shared().getStringVector(id));
+    return joinList(shared().getStringVector(id));
 }
 
 // A processor as the manager sets it up, on a unit of that device type.
@@ -44,10 +51,7 @@ class CProcessorOn : public Processor, private IDevTypeInfo {
     }
 
   private:
-    int getDevTypeInfo(std::pair<int, int>& out) override {
-        out = {mDevType, 2};
-        return mDevType;
-    }
+    int getDevTypeInfo(std::pair<int, int>& out) override { return (out = {mDevType, 2}).first; }
     int mDevType;
 };
 
@@ -56,9 +60,9 @@ inline std::string replaced(std::string text, const std::string& part, const std
 }
 
 // Puts `text` into a configuration folder that has no room for one more byte.
-inline void writeFullFolder(const std::string& name, const std::string& text) {
-    ASSERT_TRUE(mountSmall(configPath(""), "4k"));
-    writeFile(configPath(name), text + std::string(4095 - text.size(), '#') + '\n');
+inline void writeFullFolder(const std::string& path, const std::string& text) {
+    ASSERT_EQ(0, mount("tmpfs", configPath("").c_str(), "tmpfs", 0, "size=4k"));
+    writeFile(path, text + std::string(4095 - text.size(), '#') + '\n');
 }
 
 }  // namespace support

@@ -1,0 +1,108 @@
+#include "config/processors/auto_save_processor.h"
+#include "config/processors/dev_type_processor.h"
+#include "config/processors/dev_var_system_processor.h"
+#include "config/processors/preset_processor.h"
+#include "config/processors/processor_test.h"
+#include "config/processors/system_processor.h"
+#include "config/records/dev_type_info_data.h"
+
+namespace {
+
+using namespace hxl_config_handler;
+using namespace support;
+
+const std::string kMissed = "[CFileConfig::read int] FAILED to read ";
+
+TEST(SystemProcessor, PublishesSharingAndVersionOrTheirDefaults) {
+    const std::string path = configPath("system_config.cfg");
+    CProcessorOn<CConfigSystemProcessor> processor(1);
+    EXPECT_EQ("0", load(processor)) << "no file";
+    writeFile(path, "[CURRENT_SHARING_W1]\nDOMINANT_PART=1.5\nCONVERGE_POINT=-4\n[FW_VERSION]\n");
+    EXPECT_EQ(kMissed + "[CURRENT_SHARING_W1]:[SUPPORTING_PART]\n" + kMissed +
+                  "[CURRENT_SHARING_W1]:[MID_POINT]\n"
+                  "[CFileConfig::read str] FAILED to read [FW_VERSION]:[Value]\n1",
+              load(processor));
+    EXPECT_EQ("1.500000,0.000000,0.000000,-4.000000 VERSION", numbersIn(29) + ' ' + textsIn(30));
+    EXPECT_EQ(nullptr, processor.GetSharedMemData(31));
+}
+
+TEST(DevVarSystemProcessor, PublishesTheSectionsOfItsVariantInRecordOrder) {
+    const std::string path = configPath("dev_var_system_config.cfg");
+    const std::string drift =
+        "CORRECTION_FACTOR=2\nMAX_TEMP=3\nMAX_CURRENT=4\nMINIMUM_VOLTAGE_ERROR=5\n"
+        "MAXIMUM_VOLTAGE_ERROR=6\nCORRECTION_FACTOR_DIVISOR=7\nSUB_VOLTAGE=8\n";
+    const Doubles defaults = {1, 0.002, 10, 35, 3, 0.001, 0.03, 0.1};
+    const std::tuple<int, std::string, std::string, Doubles> rows[] = {
+        {1, "_35V_DEV]\n", drift, {1, 2, 7, 3, 4, 5, 6, 8}},
+        {3, "_35V_DEV]\n", "", defaults},
+        {2, "_100V_DEV]\n", "", defaults},
+        {0, "]\n", "", defaults}};
+    for (const auto& [devType, suffix, lines, published] : rows) {
+        const std::string service = "[SETTING_SERVICE" + suffix + "OTP=0.1\n";
+        writeFile(path, service + "[DRIFT_CORRECTION" + suffix + "TO_APPLY=1\n" + lines);
+        CProcessorOn<CConfigDevVarSystemProcessor> processor(devType);
+        const std::string outcome = load(processor);
+        EXPECT_EQ(
+            0U, outcome.find("CConfigDevVarSystemProcessor dev type : " + std::to_string(devType) +
+                             " chn cnt : 2 \n" + kMissed + "[SETTING_SERVICE"));
+        EXPECT_EQ(published, shared().getDoubleVector(28));
+        EXPECT_EQ((Doubles{0.1F, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}), shared().getDoubleVector(27));
+        const std::string shm = "get Shared mem data drift DevVarSysProc";
+        EXPECT_EQ(shm + '\n' + shm + " 1\n" + shm + " vctr size : 8 \n" + shm + " 2\n",
+                  printedBy([&] { delete processor.GetSharedMemData(28); }));
+        EXPECT_EQ(shm + "\n0", outcomeOf([&] { return processor.GetSharedMemData(29); }));
+    }
+    remove(path.c_str());
+    CProcessorOn<CConfigDevVarSystemProcessor> processor(2);
+    EXPECT_EQ("CConfigDevVarSystemProcessor dev type : 2 chn cnt : 2 \nfailed to oepn0",
+              load(processor));
+}
+
+TEST(DevTypeProcessor, PrintsEveryStepOfASave) {
+    const std::string path = configPath("devtype_info.cfg");
+    const std::string begin = "WRITING TO CONFIG FILE DEV TYPE :new \n";
+    const std::string opening = "!!!!!!!!!!!!! OPEN CHECK !!!!!!!!!!!!!! \n";
+    const std::string writing =
+        "!!!!!!!!!!!!! OPEN CHECK DONE!!!!!!!!!!!!!! \n!!!!!!!!!!!!! WRTING !!!!!!!!!!!!!! "
+        "\n!!!!!!!!!!!!! WRTING bResult : ";
+    CProcessorOn<CConfigDevTypeProcessor> processor(1);
+    CConfDevTypeInfoData record(48, "new");
+    EXPECT_EQ(begin + "File COnfig EMpty \n0", save(processor, 48, &record));
+    EXPECT_EQ("failed to open dev type\n0", load(processor));
+    EXPECT_EQ(begin + opening + "failed to open dev type file config \n" + writing +
+                  "0 !!!!!!!!!!!!!! \nFAILED TO WRITE DEV TYPE INFO \n0",
+              save(processor, 48, &record));
+    writeFile(path, "[PROCESSED_DEV_INFORMATION]\n");
+    EXPECT_EQ(
+        "[CFileConfig::read str] FAILED to read "
+        "[PROCESSED_DEV_INFORMATION]:[DEV_INFORMATION]\nbReul : 0 \n0",
+        load(processor));
+    EXPECT_EQ("", textsIn(48)) << "nothing to publish";
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(begin + opening + writing +
+                      "1 !!!!!!!!!!!!!! \nWRITING TO CONFIG FILE DEV TYPE :new SAVED\n1",
+                  save(processor, 48, &record));
+        EXPECT_EQ("[PROCESSED_DEV_INFORMATION]\nDEV_INFORMATION=new\n", readFile(path));
+    }
+    EXPECT_EQ("0", save(processor, 48, nullptr));
+    EXPECT_EQ("1", load(processor));
+    EXPECT_EQ("new", textsIn(48));
+}
+
+TEST(Processors, WithoutASharedMemoryManagerWritesPrintAndReadsAreNull) {
+    CProcessorOn<CConfigAutoSaveProcessor> autoSave(1);
+    CProcessorOn<CConfigPresetProcessor> preset(1);
+    CProcessorOn<CConfigDevTypeProcessor> devType(1);
+    CAbsConfigProcesor::mpSharedMemoryMngr = nullptr;
+    const std::map<int, CAbsConfigProcesor*> items = {
+        {0, &autoSave}, {42, &preset}, {48, &devType}};
+    for (const auto& item : items) {
+        const auto set = [&] {
+            return item.second->SetSharedMemData(item.first, item.second->GetConfData(item.first));
+        };
+        EXPECT_EQ("mpSharedMemoryMngr No Valid Pointer \n0", outcomeOf(set));
+        EXPECT_EQ(nullptr, item.second->GetSharedMemData(item.first));
+    }
+}
+
+}  // namespace
