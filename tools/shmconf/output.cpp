@@ -25,11 +25,11 @@ Cells cellsOf(const sRow& row) {
             present ? std::to_string(countOf(row.contents.values)) : "-", describe(row)};
 }
 
-nlohmann::json toJson(const sRow& row) {
-    nlohmann::json json = {{"id", row.object.id},
-                           {"name", row.object.name},
-                           {"type", typeName(row.object.type)},
-                           {"state", STATE_NAMES[static_cast<int>(row.contents.state)]}};
+nlohmann::ordered_json toJson(const sRow& row) {
+    nlohmann::ordered_json json = {{"id", row.object.id},
+                                   {"name", row.object.name},
+                                   {"type", typeName(row.object.type)},
+                                   {"state", STATE_NAMES[static_cast<int>(row.contents.state)]}};
     if (row.contents.state != eState::PRESENT) return json;
     std::visit([&json](const auto& elements) { json["values"] = elements; }, row.contents.values);
     return json;
@@ -71,11 +71,11 @@ void printTable(std::ostream& out, const std::vector<sRow>& rows) {
 }
 
 void printJson(std::ostream& out, const std::vector<sRow>& rows) {
-    nlohmann::json json = nlohmann::json::array();
+    nlohmann::ordered_json json = nlohmann::ordered_json::array();
     for (const sRow& row : rows)
         json.push_back(toJson(row));
     constexpr int INDENT = 2;
-    out << json.dump(INDENT, ' ', false, nlohmann::json::error_handler_t::replace) << '\n';
+    out << json.dump(INDENT, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << '\n';
 }
 
 }  // namespace shmconf
