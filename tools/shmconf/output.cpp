@@ -46,7 +46,7 @@ std::string describe(const sRow& row) {
         case eState::PRESENT:
             break;
     }
-    return formatValues(row.contents.values);
+    return countOf(row.contents.values) == 0 ? "(empty)" : formatValues(row.contents.values);
 }
 
 void printTable(std::ostream& out, const std::vector<sRow>& rows) {
