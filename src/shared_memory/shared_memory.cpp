@@ -5,9 +5,24 @@
 #include <cstdint>
 #include <cstdio>
 #include <memory>
+#include <stdexcept>
 
 #include "shared_memory/object_directory.h"
 #include "shared_memory/segment_check.h"
+
+namespace boost {
+
+// Boost's assertions stay on, and what they find in a segment that a peer has damaged becomes an
+// exception of the access instead of the end of this process.
+void assertion_failed(const char* expression, const char*, const char*, long) {
+    throw std::logic_error(expression);
+}
+
+void assertion_failed_msg(const char* expression, const char*, const char*, const char*, long) {
+    throw std::logic_error(expression);
+}
+
+}  // namespace boost
 
 namespace core_utils {
 
@@ -35,17 +50,25 @@ bool isSound(const Segment&, const T&) {
     return true;
 }
 
+// True if the object would allocate where it lies.
+template <typename T>
+bool isAllocatorSound(const Segment& segment, const T& object) {
+    return object.get_stored_allocator().get_segment_manager() == segment.get_segment_manager();
+}
+
 bool isSound(const Segment& segment, const SegmentString& text) {
-    return text.size() <= text.capacity() && isInside(segment, text.data(), text.capacity());
+    return isAllocatorSound(segment, text) && text.size() <= text.capacity() &&
+           isInside(segment, text.data(), text.capacity());
 }
 
 template <typename T>
 bool isSound(const Segment& segment, const SegmentVector<T>& vector) {
     const std::size_t capacity = vector.capacity();
     const std::size_t size = vector.size();
-    if (capacity == 0) return size == 0;
-    if (size > capacity || capacity > segment.get_size() / sizeof(T)) return false;
     const T* elements = vector.data();
+    if (!isAllocatorSound(segment, vector)) return false;
+    if (capacity == 0) return size == 0 && elements == nullptr;
+    if (size > capacity || capacity > segment.get_size() / sizeof(T)) return false;
     if (!isInside(segment, elements, capacity * sizeof(T))) return false;
     for (std::size_t i = 0; i < size; ++i) {
         if (!isSound(segment, elements[i])) return false;

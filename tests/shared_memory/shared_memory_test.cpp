@@ -108,6 +108,7 @@ TEST(SharedMemory, ForeignObjectsAreNotReadNotWrittenAndEndNothing) {
             << testing::PrintToString(words);
     }
 
+    CSharedMemory(true);
     CPeerMemory memory;
     memory.setStringVector(24, {"a", "b"});
     auto* texts =
@@ -115,6 +116,13 @@ TEST(SharedMemory, ForeignObjectsAreNotReadNotWrittenAndEndNothing) {
             .first;
     std::memset(static_cast<void*>(&texts->at(1)), 0x5A, sizeof(SegmentString));
     EXPECT_TRUE(memory.getStringVector(24).empty()) << "a text that is no text";
+
+    memory.setDoubleVector(0, {1.0, 2.0});
+    auto* words = memory.mpSharedMemory->find<std::ptrdiff_t>("VOLTAGE_DATA_MEM").first;
+    words[1] += 65536;  // the elements, inside the segment and yet no block of it
+    EXPECT_EQ("exception catch \n",
+              printedBy([&] { EXPECT_FALSE(memory.setDoubleVector(0, Doubles(3))); }));
+    EXPECT_TRUE(memory.setDoubleVector(1, {1.0})) << "the segment's mutex is free";
 }
 
 TEST(SharedMemory, UnfinishedSegmentFailsToOpenInBoundedTimeAndTheInstanceOnlyFails) {
