@@ -121,7 +121,7 @@ TEST(SharedMemory, ForeignObjectsAreNotReadNotWrittenAndEndNothing) {
     auto* words = memory.mpSharedMemory->find<std::ptrdiff_t>("VOLTAGE_DATA_MEM").first;
     words[1] += 65536;  // the elements, inside the segment and yet no block of it
     EXPECT_EQ("exception catch \n",
-              printedBy([&] { EXPECT_FALSE(memory.setDoubleVector(0, Doubles(3))); }));
+              printedBy([&] { EXPECT_FALSE(memory.setDoubleVector(0, Doubles(100))); }));
     EXPECT_TRUE(memory.setDoubleVector(1, {1.0})) << "the segment's mutex is free";
 }
 
