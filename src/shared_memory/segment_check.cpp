@@ -16,6 +16,8 @@ namespace {
 
 // The first word of a managed segment is its state: 0 and 1 until its creator has finished.
 constexpr std::uint32_t LAST_UNFINISHED_STATE = 1;
+// What may stand before the part of the segment that its header counts, in bytes.
+constexpr std::size_t LARGEST_PREFIX = 4096;
 constexpr int CREATOR_PATIENCE_MS = 1000;
 constexpr char SHARED_MEMORY_FOLDER[] = "/dev/shm";
 
@@ -79,8 +81,8 @@ void checkBeforeAttaching(const std::string& name, std::size_t size) {
 
 void checkAfterAttaching(const std::string& name, std::size_t size) {
     const CSegmentFile file(name);
-    if (!file.exists() || file.size() < size) {
-        throw std::runtime_error("it is smaller than its header says");
+    if (!file.exists() || file.size() < size || file.size() - size > LARGEST_PREFIX) {
+        throw std::runtime_error("its header says another size");
     }
     if (posix_fallocate64(file.descriptor(), 0, static_cast<off64_t>(file.size())) != 0) {
         throw std::runtime_error("no room for all of its pages");

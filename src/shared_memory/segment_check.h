@@ -15,7 +15,7 @@ void checkBeforeAttaching(const std::string& name, std::size_t size);
 
 // After attaching. Gives every page of the segment its memory now, so that no later write to a
 // full file system ends in SIGBUS, and makes sure that the segment really has the `size` bytes
-// that its header claims. Throws std::runtime_error if not.
+// that its header claims, and not many more. Throws std::runtime_error if not.
 void checkAfterAttaching(const std::string& name, std::size_t size);
 
 }  // namespace core_utils

@@ -126,8 +126,8 @@ TEST(SharedMemory, ForeignObjectsAreNotReadNotWrittenAndEndNothing) {
 }
 
 TEST(SharedMemory, UnfinishedSegmentFailsToOpenInBoundedTimeAndTheInstanceOnlyFails) {
-    const std::string left[] = {"", "\3", std::string(1310720, '\0'),
-                                '\1' + std::string(1310719, '\0')};
+    const std::string zeros(1310719, '\0');
+    const std::string left[] = {"", "\3", '\0' + zeros, '\1' + zeros, '\2' + zeros};
     for (const std::string& bytes : left) {
         writeFile(kFile, bytes);
         const auto begin = std::chrono::steady_clock::now();
