@@ -20,29 +20,21 @@ struct CRegistry : CAppConfigManager {
 
 TEST(AppConfigManager, StopsAtTheFirstHandlerThatFailsAndSkipsTheSystemHandler) {
     CHandler good(true, true), initFails(false, true), startFails(true, false);
-    const std::string process = "Process COnfigHandler : ",
-                      system = "ProcessEx COnfigHandler : ConfigSystemHandler \n",
-                      fails = "FAILED to START :";
-    const struct {
-        std::map<std::string, CAbsConfigHandler*> handlers;
-        std::string init, start;
-    } rows[] = {
+    using Handlers = std::map<std::string, CAbsConfigHandler*>;
+    const std::string system = "ConfigSystemHandler", process = "Process COnfigHandler : ";
+    const std::tuple<Handlers, std::string, std::string> rows[] = {
         {{}, "0", "0"},
         {{{"none", nullptr}}, "0", "0"},
-        {{{"ConfigSystemHandler", &good}}, "1", system + "0"},
-        {{{"A", &good}, {"ConfigSystemHandler", &good}, {"b", nullptr}},
-         "1",
-         process + "A \n" + system + "1"},
-        {{{"A", &startFails}, {"Z", &good}}, "1", process + "A \n" + fails + "A\n0"},
-        {{{"A", &good}, {"B", &initFails}, {"C", &initFails}},
-         fails + "B\n0",
-         process + "A \n" + process + "B \n" + process + "C \n1"},
-    };
-    for (const auto& row : rows) {
+        {{{system, &good}}, "1", "ProcessEx COnfigHandler : " + system + " \n0"},
+        {{{"A", &startFails}, {"Z", &good}}, "1", process + "A \nFAILED to START :A\n0"},
+        {{{"A", &initFails}, {"Z", &good}},
+         "FAILED to START :A\n0",
+         process + "A \n" + process + "Z \n1"}};
+    for (const auto& [handlers, inits, starts] : rows) {
         CRegistry registry;
-        registry.mMapHandlers = row.handlers;
-        EXPECT_EQ(row.init, support::outcomeOf([&] { return registry.initHandlers(); }));
-        EXPECT_EQ(row.start, support::outcomeOf([&] { return registry.start(); }));
+        registry.mMapHandlers = handlers;
+        EXPECT_EQ(inits, support::outcomeOf([&] { return registry.initHandlers(); }));
+        EXPECT_EQ(starts, support::outcomeOf([&] { return registry.start(); }));
     }
     CRegistry registry;
     registry.mMapHandlers = {{"A", &initFails}};

@@ -109,6 +109,11 @@ TEST(AutoSaveProcessor, SavingWritesOneLineAndTheRecordOrNeither) {
     CProcessor other(1);
     EXPECT_EQ("failed to open dev type file config \n0", save(other, 0, &shorter));
     EXPECT_EQ("failed to open dev type file config \n0", load(other));
+
+    CAbsConfigProcesor::mpSharedMemoryMngr = nullptr;
+    EXPECT_EQ("mpSharedMemoryMngr No Valid Pointer \n0",
+              outcomeOf([&] { return other.SetSharedMemData(0, &shorter); }));
+    EXPECT_EQ(nullptr, other.GetSharedMemData(0));
 }
 
 }  // namespace
