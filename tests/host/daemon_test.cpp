@@ -73,10 +73,10 @@ TEST(Daemon, WithoutItsFileItWaitsForTheIdentityAllTheSame) {
     ASSERT_EQ(0, rmdir(configPath("").c_str()));
     CChildProcess daemon({APP_CONFIG_MANAGER});
     expectLines(daemon, kBanner + kNoFile);
+    expectQuietLife(daemon);
     publishIdentity();
     expectLines(daemon, kOpening + "failed to open dev type file config \n" + kWriting +
                             "0 !!!!!!!!!!!!!! \nFAILED TO WRITE DEV TYPE INFO \n" + kIdentity);
-    expectQuietLife(daemon);
     // Objects of a previous run are the identity of the next one.
     CChildProcess next({APP_CONFIG_MANAGER});
     expectLines(next, kBanner + kNoFile + kIdentity);
