@@ -2,6 +2,7 @@
 # Debian packages for the scripts that need them; to be sourced.
 
 # What every build of product, tools and tests needs.
+# shellcheck disable=SC2034 # the scripts that source this file read it
 BUILD_PACKAGES=(cmake g++ ninja-build libboost-dev libgtest-dev libcli11-dev nlohmann-json3-dev)
 
 # Installs those of the named packages that are missing, as root or through sudo.
