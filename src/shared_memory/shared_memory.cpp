@@ -2,6 +2,7 @@
 
 #include <sys/mman.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <memory>
@@ -45,35 +46,42 @@ bool isInside(const Segment& segment, const void* first, std::size_t bytes) {
     return begin >= base && bytes <= size && begin - base <= size - bytes;
 }
 
+// Where a vector's elements or a text's characters lie, taken once: peers may change the object
+// between a check and its use.
 template <typename T>
-bool isSound(const Segment&, const T&) {
+struct sElements {
+    const T* first;
+    std::size_t size;
+    std::size_t capacity;
+};
+
+template <typename Object>
+sElements<typename Object::value_type> elementsOf(const Object& object) {
+    return {object.data(), object.size(), object.capacity()};
+}
+
+template <typename T>
+bool isSound(const Segment& segment, const sElements<T>& elements) {
+    if (elements.capacity == 0) return elements.size == 0 && elements.first == nullptr;
+    return elements.size <= elements.capacity &&
+           elements.capacity <= segment.get_size() / sizeof(T) &&
+           isInside(segment, elements.first, elements.capacity * sizeof(T));
+}
+
+// True if the object can grow without leaving the segment: it allocates there.
+template <typename Object>
+bool isWritable(const Segment& segment, const Object& object) {
+    return object.get_stored_allocator().get_segment_manager() == segment.get_segment_manager() &&
+           isSound(segment, elementsOf(object));
+}
+
+template <typename T>
+bool areWritable(const Segment&, const sElements<T>&) {
     return true;
 }
-
-// True if the object would allocate where it lies.
-template <typename T>
-bool isAllocatorSound(const Segment& segment, const T& object) {
-    return object.get_stored_allocator().get_segment_manager() == segment.get_segment_manager();
-}
-
-bool isSound(const Segment& segment, const SegmentString& text) {
-    return isAllocatorSound(segment, text) && text.size() <= text.capacity() &&
-           isInside(segment, text.data(), text.capacity());
-}
-
-template <typename T>
-bool isSound(const Segment& segment, const SegmentVector<T>& vector) {
-    const std::size_t capacity = vector.capacity();
-    const std::size_t size = vector.size();
-    const T* elements = vector.data();
-    if (!isAllocatorSound(segment, vector)) return false;
-    if (capacity == 0) return size == 0 && elements == nullptr;
-    if (size > capacity || capacity > segment.get_size() / sizeof(T)) return false;
-    if (!isInside(segment, elements, capacity * sizeof(T))) return false;
-    for (std::size_t i = 0; i < size; ++i) {
-        if (!isSound(segment, elements[i])) return false;
-    }
-    return true;
+bool areWritable(const Segment& segment, const sElements<SegmentString>& texts) {
+    return std::all_of(texts.first, texts.first + texts.size,
+                       [&](const SegmentString& text) { return isWritable(segment, text); });
 }
 
 // An object as its raw bytes. Boost aborts the process over a look-up by type when the object has
@@ -95,12 +103,16 @@ sRawObject findObject(Segment& segment, const std::string& name) {
     return {address, size};
 }
 
-std::string toLocal(const SegmentString& text) {
-    return {text.data(), text.size()};
+bool copyElement(const Segment& segment, const SegmentString& element, std::string& value) {
+    const auto characters = elementsOf(element);
+    if (!isSound(segment, characters)) return false;
+    value.assign(characters.first, characters.size);
+    return true;
 }
 template <typename T>
-T toLocal(T number) {
-    return number;
+bool copyElement(const Segment&, T element, T& value) {
+    value = element;
+    return true;
 }
 
 void assign(SegmentString& element, const std::string& value) {
@@ -117,14 +129,14 @@ bool readVector(Segment* segment, const std::string& name, std::vector<Value>& o
     if (segment == nullptr) return false;
     try {
         const auto* vector = findObject(*segment, name).as<SegmentVector<T>>();
-        if (vector == nullptr || !isSound(*segment, *vector)) return false;
-        const std::size_t size = vector->size();
-        if (size == 0) return true;
-        const T* elements = vector->data();
-        std::vector<Value> values;
-        values.reserve(size);
-        for (std::size_t i = 0; i < size; ++i)
-            values.push_back(toLocal(elements[i]));
+        if (vector == nullptr) return false;
+        const auto elements = elementsOf(*vector);
+        if (!isSound(*segment, elements)) return false;
+        if (elements.size == 0) return true;
+        std::vector<Value> values(elements.size);
+        for (std::size_t i = 0; i < elements.size; ++i) {
+            if (!copyElement(*segment, elements.first[i], values[i])) return false;
+        }
         out = std::move(values);
         return true;
     } catch (...) {
@@ -143,7 +155,8 @@ bool writeVector(Segment& segment, const std::string& name, const std::vector<Va
     auto* vector = object.address != nullptr
                        ? object.as<SegmentVector<T>>()
                        : segment.find_or_construct<SegmentVector<T>>(name.c_str())(allocator);
-    if (vector == nullptr || !isSound(segment, *vector)) {
+    if (vector == nullptr || !isWritable(segment, *vector) ||
+        !areWritable(segment, elementsOf(*vector))) {
         std::puts(noObject);
         return false;
     }
@@ -312,9 +325,7 @@ bool CSharedMemory::readStrVal(std::string& out) {
     return isDone(mpSharedMemory, [&] {
         const auto* text =
             findObject(*mpSharedMemory, mstrSharedMemName + STR_VAL_SUFFIX).as<SegmentString>();
-        if (text == nullptr || !isSound(*mpSharedMemory, *text)) return false;
-        out = toLocal(*text);
-        return true;
+        return text != nullptr && copyElement(*mpSharedMemory, *text, out);
     });
 }
 

@@ -1,7 +1,11 @@
 #include "config/manager/config_manager.h"
 
+#include <time.h>
+
+#include <algorithm>
 #include <cstdio>
 #include <exception>
+#include <iterator>
 #include <memory>
 #include <tuple>
 
@@ -41,6 +45,12 @@ const char* devStringOf(int devType, int chnCount) {
         if (devString.devType == devType && devString.chnCount == chnCount) return devString.text;
     }
     return "";
+}
+
+bool isUsualDevString(const std::string& text) {
+    return text.empty() || text == NO_IDENTITY || text == KOL_DEV_STRING ||
+           std::any_of(std::begin(DEV_STRINGS), std::end(DEV_STRINGS),
+                       [&](const sDevString& devString) { return text == devString.text; });
 }
 
 std::pair<int, int> identityOf(const std::string& devString) {
@@ -209,13 +219,28 @@ bool CConfigManager::getChnFwVersion(std::string& version) {
 
 int CConfigManager::getDevTypeInfo(std::pair<int, int>& out) {
     if (mDevType == 0) {
-        const std::unique_ptr<CConfData> shared(
-            mMapProcessors[DEV_TYPE]->GetSharedMemData(DEV_TYPE_ID));
-        const auto* record = dynamic_cast<const CConfDevTypeInfoData*>(shared.get());
-        std::tie(mDevType, mChnCount) = identityOf(record == nullptr ? "" : record->GetText());
+        const std::string devString = readDevString();
+        // Nothing locks the text while a peer writes it, and a wrong identity would be recorded
+        // for good: a text that nobody writes as a whole must still be there a moment later.
+        if (!isUsualDevString(devString)) {
+            constexpr timespec MOMENT{0, 1'000'000};
+            nanosleep(&MOMENT, nullptr);
+            if (readDevString() != devString) {
+                out = {0, 0};
+                return 0;
+            }
+        }
+        std::tie(mDevType, mChnCount) = identityOf(devString);
     }
     out = {mDevType, mChnCount};
     return mDevType;
+}
+
+std::string CConfigManager::readDevString() {
+    const std::unique_ptr<CConfData> shared(
+        mMapProcessors[DEV_TYPE]->GetSharedMemData(DEV_TYPE_ID));
+    const auto* record = dynamic_cast<const CConfDevTypeInfoData*>(shared.get());
+    return record == nullptr ? std::string() : record->GetText();
 }
 
 bool CConfigManager::setDevTypeInfo(int devType, int chnCount, bool bSave) {

@@ -61,6 +61,7 @@ class CConfigManager : public IDevTypeInfo {
     bool getChnFwVersion(std::string& version);
 
     // The identity, from the device string in shared memory until it is known; (0, 0) until then.
+    // An unusual string costs a millisecond: it may be a peer's write that is not finished.
     int getDevTypeInfo(std::pair<int, int>& out) override;
     bool loadDevTypeConfig();
 
@@ -90,6 +91,7 @@ class CConfigManager : public IDevTypeInfo {
 
   private:
     bool load(int processor, const char* operation);
+    std::string readDevString();
 };
 
 }  // namespace hxl_config_handler
