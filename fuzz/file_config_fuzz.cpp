@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "file_config_model.h"
 #include "storage/file_config.h"
-#include "storage/file_config_model.h"
 #include "support/files.h"
 
 namespace {

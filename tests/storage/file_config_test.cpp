@@ -7,7 +7,7 @@
 #include <numeric>
 #include <random>
 
-#include "storage/file_config_model.h"
+#include "file_config_model.h"
 #include "support/files.h"
 
 namespace {

@@ -1,7 +1,7 @@
 // A second configuration file class: the same operations on a string of the file's bytes, slow
 // and simple. The random test and the fuzzer compare the real one with it, step by step.
-#ifndef STORAGE_FILE_CONFIG_MODEL_H
-#define STORAGE_FILE_CONFIG_MODEL_H
+#ifndef FUZZ_FILE_CONFIG_MODEL_H
+#define FUZZ_FILE_CONFIG_MODEL_H
 
 #include <algorithm>
 #include <cstdio>
