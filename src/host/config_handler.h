@@ -21,6 +21,12 @@ class CAbsConfigHandler : public core_utils::CAbsWorkerThread {
   protected:
     ~CAbsConfigHandler() = default;
 
+    // The start() of a handler with a thread: true even if its thread runs already.
+    bool startThread() {
+        CAbsWorkerThread::start();
+        return true;
+    }
+
     // Plain on purpose: written by requestStop()'s caller, read by the body once per cycle.
     bool mbStop = false;
 };

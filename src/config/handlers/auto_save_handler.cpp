@@ -35,11 +35,6 @@ CConfigAutoSaveHandler::CConfigAutoSaveHandler()
     mstrName = "ConfigAutoSaveHandler";
 }
 
-bool CConfigAutoSaveHandler::start() {
-    CAbsWorkerThread::start();
-    return true;
-}
-
 void CConfigAutoSaveHandler::run() {
     CSingletonHxlConfigHandler::getInstance()->loadAutoSaveConfig();
     while (!mbStop) {

@@ -15,7 +15,7 @@ class CConfigAutoSaveHandler : public CAbsConfigHandler {
 
     void run() override;
     void requestStop() override { mbStop = true; }
-    bool start() override;
+    bool start() override { return startThread(); }
 
     // Prints the stored and the shared values of every item.
     void printConfData();

@@ -8,11 +8,6 @@ CConfigDevVarSystemHandler::CConfigDevVarSystemHandler() {
     mstrName = "ConfigDevVarSystemHandler";
 }
 
-bool CConfigDevVarSystemHandler::start() {
-    CAbsWorkerThread::start();
-    return true;
-}
-
 void CConfigDevVarSystemHandler::run() {
     CSingletonHxlConfigHandler::getInstance()->loadDevVarSystemConfig();
 }

@@ -11,7 +11,7 @@ class CConfigDevVarSystemHandler : public CAbsConfigHandler {
 
     void run() override;
     void requestStop() override { mbStop = true; }
-    bool start() override;
+    bool start() override { return startThread(); }
 };
 
 #endif

@@ -13,11 +13,6 @@ CConfigPresetHandler::CConfigPresetHandler() {
     mstrName = "ConfigPresetSaveHandler";
 }
 
-bool CConfigPresetHandler::start() {
-    CAbsWorkerThread::start();
-    return true;
-}
-
 bool CConfigPresetHandler::init() {
     mvecPresetIndex.insert(mvecPresetIndex.end(), {1, 2, 3, 4, 5});
     return true;

@@ -16,7 +16,7 @@ class CConfigPresetHandler : public CAbsConfigHandler {
     // Without an earlier init() this polls nothing, without pause and without end.
     void run() override;
     void requestStop() override { mbStop = true; }
-    bool start() override;
+    bool start() override { return startThread(); }
 
     // Adds the five preset memories to those polled, at every call.
     bool init() override;

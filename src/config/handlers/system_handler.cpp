@@ -13,11 +13,6 @@ CConfigSystemHandler::CConfigSystemHandler() {
     mstrName = "ConfigSystemHandler";
 }
 
-bool CConfigSystemHandler::start() {
-    CAbsWorkerThread::start();
-    return true;
-}
-
 void CConfigSystemHandler::run() {
     CSingletonHxlConfigHandler::getInstance()->loadSystemConfig();
 }

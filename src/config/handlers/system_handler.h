@@ -11,7 +11,7 @@ class CConfigSystemHandler : public CAbsConfigHandler {
 
     void run() override;
     void requestStop() override { mbStop = true; }
-    bool start() override;
+    bool start() override { return startThread(); }
 
     // Prints the current-sharing settings and the firmware version as published.
     void printSystemConfig();

@@ -90,6 +90,11 @@ TEST(ConfigManager, SyncMarkBadNumbersAndUnknownPresets) {
                      manager.getPresetBlock(number, block, true));
     }
     EXPECT_EQ(7, block.ucOvpMode[0]);
+
+    sPresetBlock shared{};
+    EXPECT_TRUE(manager.savePresetBlock(5, block, false) &&
+                manager.getPresetBlock(5, shared, false));
+    EXPECT_EQ(7, shared.ucOvpMode[0]);
 }
 
 }  // namespace
