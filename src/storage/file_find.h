@@ -32,10 +32,10 @@ class CFileFind {
     // Drops the result; always true.
     bool close();
 
-  private:
-    // For glob: an unreadable directory is no reason of ours to stop the search.
+    // For glob: an unreadable directory is no reason of ours to stop the search. Always 0.
     static int errfunc(const char* path, int error);
 
+  private:
     glob64_t mResult = {};
     int miFlags = GLOB_ERR | GLOB_MARK;
     unsigned int muiIndex = 0;
