@@ -13,9 +13,9 @@
 
 #include "config/handlers/auto_save_handler.h"
 #include "config/manager/hxl_config_handler.h"
+#include "ini_file/file_config.h"
 #include "shared_memory/object_directory.h"
 #include "shared_memory/shared_memory.h"
-#include "storage/file_config.h"
 
 namespace {
 

@@ -17,7 +17,7 @@
 
 #include "config/processors/config_processor.h"
 #include "config/records/preset_data.h"
-#include "storage/file_config.h"
+#include "ini_file/file_config.h"
 
 namespace {
 

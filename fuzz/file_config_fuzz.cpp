@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "file_config_model.h"
-#include "storage/file_config.h"
+#include "ini_file/file_config.h"
 #include "support/files.h"
 
 namespace {

@@ -7,7 +7,7 @@
 #include <memory>
 
 #include "framework/work_queue.h"
-#include "host/worker_thread.h"
+#include "framework/worker_thread.h"
 
 namespace core_utils {
 

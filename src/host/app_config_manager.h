@@ -5,7 +5,7 @@
 #include <map>
 #include <string>
 
-#include "host/config_handler.h"
+#include "config/handlers/config_handler.h"
 
 // Made once by main() and never freed, like the handlers, which it does not own. Main thread
 // only, and no lock: init() once, then start() at most once.

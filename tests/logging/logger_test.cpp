@@ -9,8 +9,8 @@
 #include <cstring>
 #include <ctime>
 
+#include "ini_file/file_config.h"
 #include "logging/log_sink_file.h"
-#include "storage/file_config.h"
 #include "support/files.h"
 #include "support/wait_until.h"
 

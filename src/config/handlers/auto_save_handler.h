@@ -4,7 +4,7 @@
 
 #include <vector>
 
-#include "host/config_handler.h"
+#include "config/handlers/config_handler.h"
 
 // Its thread loads the file once, then polls all items about once a millisecond and has each one
 // saved whose shared values differ from the stored ones. It never writes shared memory. A save

@@ -2,7 +2,7 @@
 #ifndef CONFIG_HANDLERS_DEV_TYPE_HANDLER_H
 #define CONFIG_HANDLERS_DEV_TYPE_HANDLER_H
 
-#include "host/config_handler.h"
+#include "config/handlers/config_handler.h"
 
 // Has no thread: start() works on the caller's.
 class CConfigDevTypeHandler : public CAbsConfigHandler {

@@ -4,8 +4,8 @@
 
 #include <vector>
 
+#include "config/handlers/config_handler.h"
 #include "config/records/preset_data.h"
-#include "host/config_handler.h"
 
 // Its thread loads the file once, then compares one preset memory a millisecond and has the whole
 // block saved when any setting differs. A save that fails is tried again in the next pass.

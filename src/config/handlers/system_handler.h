@@ -2,7 +2,7 @@
 #ifndef CONFIG_HANDLERS_SYSTEM_HANDLER_H
 #define CONFIG_HANDLERS_SYSTEM_HANDLER_H
 
-#include "host/config_handler.h"
+#include "config/handlers/config_handler.h"
 
 // Its thread loads the file once and ends.
 class CConfigSystemHandler : public CAbsConfigHandler {

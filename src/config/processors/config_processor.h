@@ -10,7 +10,7 @@
 
 #include "config/processors/dev_type_info.h"
 #include "config/records/conf_data.h"
-#include "storage/file_config.h"
+#include "ini_file/file_config.h"
 
 namespace core_utils {
 class CSharedMemory;

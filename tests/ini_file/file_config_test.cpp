@@ -1,4 +1,4 @@
-#include "storage/file_config.h"
+#include "ini_file/file_config.h"
 
 #include <gtest/gtest.h>
 

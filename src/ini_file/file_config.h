@@ -1,7 +1,7 @@
 // The one reader and writer of every configuration file: INI-like sections and keys, edited in
 // place. docs/configuration-files.md shows the syntax with its limits.
-#ifndef STORAGE_FILE_CONFIG_H
-#define STORAGE_FILE_CONFIG_H
+#ifndef INI_FILE_FILE_CONFIG_H
+#define INI_FILE_FILE_CONFIG_H
 
 #include <cstdint>
 #include <string>

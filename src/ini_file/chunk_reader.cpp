@@ -1,4 +1,4 @@
-#include "storage/chunk_reader.h"
+#include "ini_file/chunk_reader.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "storage/file_config.h"
+#include "ini_file/file_config.h"
 
 #include <pthread.h>
 
@@ -7,8 +7,8 @@
 #include <cstring>
 #include <new>
 
+#include "ini_file/chunk_reader.h"
 #include "logging/logger.h"
-#include "storage/chunk_reader.h"
 
 namespace core_utils {
 

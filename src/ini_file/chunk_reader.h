@@ -1,6 +1,6 @@
 // The scanner beneath CFileConfig: cuts a file into the chunks that its syntax is made of.
-#ifndef STORAGE_CHUNK_READER_H
-#define STORAGE_CHUNK_READER_H
+#ifndef INI_FILE_CHUNK_READER_H
+#define INI_FILE_CHUNK_READER_H
 
 #include <cstddef>
 #include <cstdint>

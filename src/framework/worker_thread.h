@@ -1,6 +1,6 @@
 // The base of everything in this process that runs a thread of its own.
-#ifndef HOST_WORKER_THREAD_H
-#define HOST_WORKER_THREAD_H
+#ifndef FRAMEWORK_WORKER_THREAD_H
+#define FRAMEWORK_WORKER_THREAD_H
 
 #include <thread>
 

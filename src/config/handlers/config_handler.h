@@ -1,10 +1,10 @@
 // What the registry drives: a named worker with a stop flag.
-#ifndef HOST_CONFIG_HANDLER_H
-#define HOST_CONFIG_HANDLER_H
+#ifndef CONFIG_HANDLERS_CONFIG_HANDLER_H
+#define CONFIG_HANDLERS_CONFIG_HANDLER_H
 
 #include <string>
 
-#include "host/worker_thread.h"
+#include "framework/worker_thread.h"
 
 // The contract between the registry and the handlers: constructed (name set) -> init() ->
 // start(). Nothing in the daemon stops a handler; its thread ends with the process.

@@ -12,7 +12,7 @@
 #include <random>
 #include <string>
 
-#include "storage/file_config.h"
+#include "ini_file/file_config.h"
 #include "support/files.h"
 
 namespace {

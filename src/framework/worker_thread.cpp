@@ -1,4 +1,4 @@
-#include "host/worker_thread.h"
+#include "framework/worker_thread.h"
 
 namespace core_utils {
 
