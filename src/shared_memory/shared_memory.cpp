@@ -299,7 +299,7 @@ bool CSharedMemory::writeStringVector(const std::string& name,
                                       const std::vector<std::string>& values) {
     return isDone(mpSharedMemory, [&] {
         return writeVector(*mpSharedMemory, name, values, *mpShmemStrAllocator,
-                           SegmentString("DATA FROM TEST", *mpShmemCharAllocator),
+                           SegmentString(FILL_TEXT, *mpShmemCharAllocator),
                            SegmentString(*mpShmemCharAllocator), "BOOST VCTR STR IS EMPTY ");
     });
 }

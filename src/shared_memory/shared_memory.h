@@ -22,6 +22,9 @@ using SegmentString =
 template <typename T>
 using SegmentVector = boost::container::vector<T, SegmentAllocator<T>>;
 
+// What a text holds on its way into a vector; never in a finished one.
+inline constexpr char FILL_TEXT[] = "DATA FROM TEST";
+
 // An instance carries the object directory; the handles of the segment are one set a process,
 // replaced by each construction and never freed.
 //

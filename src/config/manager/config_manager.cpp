@@ -2,13 +2,12 @@
 
 #include <time.h>
 
-#include <algorithm>
 #include <cstdio>
 #include <exception>
-#include <iterator>
 #include <memory>
 #include <tuple>
 
+#include "config/manager/device_identity.h"
 #include "config/processors/auto_save_processor.h"
 #include "config/processors/dev_type_processor.h"
 #include "config/processors/dev_var_system_processor.h"
@@ -23,44 +22,7 @@ namespace {
 
 enum eProcessor { DEV_VAR_SYSTEM, AUTO_SAVE, SYSTEM, PRESET, DEV_TYPE };
 
-constexpr char NO_IDENTITY[] = "UNKNOWN";
-
-struct sDevString {
-    int devType;
-    int chnCount;
-    const char* text;
-};
-constexpr sDevString DEV_STRINGS[] = {
-    {2, 2, "100_VOLTS_DEV_2CH"},
-    {1, 2, "35_VOLTS_DEV_2CH"},
-    {2, 1, "100_VOLTS_DEV_1CH"},
-    {1, 1, "35_VOLTS_DEV_1CH"},
-};
-// The other family has two channels, whatever is reported.
-constexpr char KOL_DEV_STRING[] = "KOL_35_VOLTS_DEV_2CH";
-
-const char* devStringOf(int devType, int chnCount) {
-    if (devType == 3) return KOL_DEV_STRING;
-    for (const sDevString& devString : DEV_STRINGS) {
-        if (devString.devType == devType && devString.chnCount == chnCount) return devString.text;
-    }
-    return "";
-}
-
-bool isUsualDevString(const std::string& text) {
-    return text.empty() || text == NO_IDENTITY || text == KOL_DEV_STRING ||
-           std::any_of(std::begin(DEV_STRINGS), std::end(DEV_STRINGS),
-                       [&](const sDevString& devString) { return text == devString.text; });
-}
-
-std::pair<int, int> identityOf(const std::string& devString) {
-    const auto contains = [&](const char* part) {
-        return devString.find(part) != std::string::npos;
-    };
-    if (devString.empty() || devString == NO_IDENTITY) return {0, 0};
-    const int devType = contains("100_VOLTS_DEV") ? 2 : contains("KOL") ? 3 : 1;
-    return {devType, contains("1CH") ? 1 : 2};
-}
+constexpr int LOOK_PERIOD_MS = 10;
 
 template <typename T>
 std::vector<T> valuesOf(const CConfData* record) {
@@ -218,22 +180,23 @@ bool CConfigManager::getChnFwVersion(std::string& version) {
 }
 
 int CConfigManager::getDevTypeInfo(std::pair<int, int>& out) {
-    if (mDevType == 0) {
-        const std::string devString = readDevString();
-        // Nothing locks the text while a peer writes it, and a wrong identity would be recorded
-        // for good: a text that nobody writes as a whole must still be there a moment later.
-        if (!isUsualDevString(devString)) {
-            constexpr timespec MOMENT{0, 1'000'000};
-            nanosleep(&MOMENT, nullptr);
-            if (readDevString() != devString) {
-                out = {0, 0};
-                return 0;
-            }
-        }
-        std::tie(mDevType, mChnCount) = identityOf(devString);
-    }
+    if (mDevType == 0) std::tie(mDevType, mChnCount) = identityOf(waitForWholeDevString());
     out = {mDevType, mChnCount};
     return mDevType;
+}
+
+// Counts looks, not time: a writer that only waits for the processor gets it between two looks.
+std::string CConfigManager::waitForWholeDevString() {
+    std::string devString = readDevString();
+    int stood = 0;  // ms
+    while (stood < settlingTimeOf(devString)) {
+        constexpr timespec LOOK_PERIOD{0, LOOK_PERIOD_MS * 1'000'000};
+        nanosleep(&LOOK_PERIOD, nullptr);
+        std::string now = readDevString();
+        stood = now == devString ? stood + LOOK_PERIOD_MS : 0;
+        devString = std::move(now);
+    }
+    return devString;
 }
 
 std::string CConfigManager::readDevString() {

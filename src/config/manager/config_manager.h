@@ -61,7 +61,8 @@ class CConfigManager : public IDevTypeInfo {
     bool getChnFwVersion(std::string& version);
 
     // The identity, from the device string in shared memory until it is known; (0, 0) until then.
-    // An unusual string costs a millisecond: it may be a peer's write that is not finished.
+    // An unusual string blocks the caller until it has stood unchanged for 100 ms, or for 1 s if
+    // it looks like a usual one cut short: a peer may not have finished writing it.
     int getDevTypeInfo(std::pair<int, int>& out) override;
     bool loadDevTypeConfig();
 
@@ -91,6 +92,7 @@ class CConfigManager : public IDevTypeInfo {
 
   private:
     bool load(int processor, const char* operation);
+    std::string waitForWholeDevString();
     std::string readDevString();
 };
 

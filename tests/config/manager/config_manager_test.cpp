@@ -1,3 +1,6 @@
+#include <future>
+#include <thread>
+
 #include "config/manager/hxl_config_handler.h"
 #include "config/processors/processor_test.h"
 
@@ -39,6 +42,20 @@ TEST(ConfigManager, IdentityComesFromTheDeviceStringAndIsKeptOnceKnown) {
     }
     EXPECT_TRUE(waiting.setDevTypeInfo(4, 1, false));
     EXPECT_EQ("", textsIn(48));
+}
+
+// A peer that takes no lock is stopped in the middle of its write: new characters, old length.
+TEST(ConfigManager, IdentityOfAHalfWrittenTextIsThatOfTheWholeOne) {
+    const std::pair<const char*, int> halves[] = {
+        {"100_VOL", 800}, {"DATA FROM TEST", 800}, {"UNKNO", 800}, {"100_VOLTS_DEV_ xx", 80}};
+    for (const auto& [half, ms] : halves) {
+        shared().setStringVector(48, {half});
+        CConfigManager manager;
+        auto identity = std::async(std::launch::async, [&] { return identityOf(manager); });
+        std::this_thread::sleep_for(std::chrono::milliseconds(ms));
+        shared().setStringVector(48, {"KOL_35_VOLTS_DEV_2CH"});
+        EXPECT_EQ(Identity(3, 2), identity.get()) << half;
+    }
 }
 
 TEST(ConfigManager, CurrentCorrectionFailsOnlyIfNoKeySucceeds) {
