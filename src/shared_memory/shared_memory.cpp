@@ -31,7 +31,6 @@ namespace bip = boost::interprocess;
 
 namespace {
 
-constexpr char SEGMENT_NAME[] = "CONF_AUTO_SAVE_MEM";
 constexpr std::size_t SEGMENT_SIZE = 0x140000;  // bytes
 constexpr int SEGMENT_PERMISSIONS = 0644;
 constexpr char INT_VAL_SUFFIX[] = "INT_VAL";
@@ -98,8 +97,10 @@ struct sRawObject {
     }
 };
 
+// Only under the segment's lock.
 sRawObject findObject(Segment& segment, const std::string& name) {
-    const auto [address, size] = segment.find<unsigned char>(name.c_str());
+    const auto [address, size] =
+        segment.get_segment_manager()->find_no_lock<unsigned char>(name.c_str());
     return {address, size};
 }
 
@@ -115,65 +116,68 @@ bool copyElement(const Segment&, T element, T& value) {
     return true;
 }
 
-void assign(SegmentString& element, const std::string& value) {
-    element.assign(value.data(), value.size());
-}
-template <typename T>
-void assign(T& element, T value) {
-    element = value;
-}
+// What is particular to one kind of value: its form in the segment, how it gets there, and the
+// fixed texts of its failures.
+template <typename Value>
+struct sKind;
 
-template <typename T, typename Value>
-bool readVector(Segment* segment, const std::string& name, std::vector<Value>& out,
-                const char* failure) {
-    if (segment == nullptr) return false;
-    try {
-        const auto* vector = findObject(*segment, name).as<SegmentVector<T>>();
-        if (vector == nullptr) return false;
-        const auto elements = elementsOf(*vector);
-        if (!isSound(*segment, elements)) return false;
-        if (elements.size == 0) return true;
-        std::vector<Value> values(elements.size);
-        for (std::size_t i = 0; i < elements.size; ++i) {
-            if (!copyElement(*segment, elements.first[i], values[i])) return false;
+struct sNumberKind {
+    template <typename T>
+    static void assign(SegmentVector<T>& vector, const std::vector<T>& values,
+                       const SegmentAllocator<char>&) {
+        vector.resize(values.size());
+        for (std::size_t i = 0; i < values.size(); ++i)
+            vector.at(i) = values[i];
+    }
+};
+
+template <>
+struct sKind<double> : sNumberKind {
+    using Element = double;
+    static constexpr char READ_FAILED[] = "vctr double read, exception catch !!! ";
+    static constexpr char NO_OBJECT[] = "BOOST VCTR DBL IS EMPTY ";
+};
+
+template <>
+struct sKind<unsigned char> : sNumberKind {
+    using Element = unsigned char;
+    static constexpr char READ_FAILED[] = "vctr byte read, exception catch !!! ";
+    static constexpr char NO_OBJECT[] = "BOOST VCTR BYTE IS EMPTY ";
+};
+
+template <>
+struct sKind<std::string> {
+    using Element = SegmentString;
+    static constexpr char READ_FAILED[] = "vctr string read, exception catch !!! ";
+    static constexpr char NO_OBJECT[] = "BOOST VCTR STR IS EMPTY ";
+
+    static void assign(SegmentVector<SegmentString>& vector, const std::vector<std::string>& values,
+                       const SegmentAllocator<char>& characters) {
+        vector.resize(values.size(), SegmentString(characters));
+        SegmentString element(FILL_TEXT, characters);
+        for (std::size_t i = 0; i < values.size(); ++i) {
+            element.assign(values[i].data(), values[i].size());
+            vector.at(i) = element;
         }
-        out = std::move(values);
-        return true;
-    } catch (...) {
-        std::puts(failure);
-        return false;
     }
+};
+
+// Runs `access` under the segment's own lock, alone among all who take it. It must not print: a
+// reader of our output that stands still would stop every process that waits for the lock.
+template <typename Access>
+bool runAlone(Segment& segment, Access access) {
+    bool result = false;
+    auto keepResult = [&] { result = access(); };
+    segment.atomic_func(keepResult);
+    return result;
 }
 
-// `element` is the form that a value takes on its way into the object, `blank` what the vector
-// grows by before the values are in.
-template <typename T, typename Value>
-bool writeVector(Segment& segment, const std::string& name, const std::vector<Value>& values,
-                 const SegmentAllocator<T>& allocator, T element, const T& blank,
-                 const char* noObject) {
-    const sRawObject object = findObject(segment, name);
-    auto* vector = object.address != nullptr
-                       ? object.as<SegmentVector<T>>()
-                       : segment.find_or_construct<SegmentVector<T>>(name.c_str())(allocator);
-    if (vector == nullptr || !isWritable(segment, *vector) ||
-        !areWritable(segment, elementsOf(*vector))) {
-        std::puts(noObject);
-        return false;
-    }
-    vector->resize(values.size(), blank);
-    for (std::size_t i = 0; i < values.size(); ++i) {
-        assign(element, values[i]);
-        vector->at(i) = element;
-    }
-    return true;
-}
-
-// Runs a change of the segment; a full one, or a peer that died with its mutex, ends here.
+// Runs a change of the segment; a full one, or a peer that died with its lock, ends here.
 template <typename Change>
-bool isDone(const Segment* segment, Change change) {
+bool change(const Segment* segment, Change make) {
     if (segment == nullptr) return false;
     try {
-        return change();
+        return make();
     } catch (const bip::interprocess_exception& error) {
         std::printf("failed with exception \"%s\"", error.what());
         std::fflush(stdout);
@@ -181,6 +185,40 @@ bool isDone(const Segment* segment, Change change) {
         std::puts("exception catch ");
     }
     return false;
+}
+
+template <typename Access>
+bool changeAlone(Segment* segment, Access access) {
+    return change(segment, [&] { return runAlone(*segment, access); });
+}
+
+template <typename Value>
+bool copyOut(Segment& segment, const std::string& name, std::vector<Value>& out) {
+    using Element = typename sKind<Value>::Element;
+    const auto* vector = findObject(segment, name).as<SegmentVector<Element>>();
+    if (vector == nullptr) return false;
+    const auto elements = elementsOf(*vector);
+    if (!isSound(segment, elements)) return false;
+    if (elements.size == 0) return true;
+    std::vector<Value> values(elements.size);
+    for (std::size_t i = 0; i < elements.size; ++i) {
+        if (!copyElement(segment, elements.first[i], values[i])) return false;
+    }
+    out = std::move(values);
+    return true;
+}
+
+// The named vector, created if there is none; null if what stands there cannot be written to.
+template <typename T>
+SegmentVector<T>* writableVector(Segment& segment, const std::string& name,
+                                 const SegmentAllocator<T>& allocator) {
+    const sRawObject object = findObject(segment, name);
+    auto* vector = object.address != nullptr
+                       ? object.as<SegmentVector<T>>()
+                       : segment.find_or_construct<SegmentVector<T>>(name.c_str())(allocator);
+    const bool writable = vector != nullptr && isWritable(segment, *vector) &&
+                          areWritable(segment, elementsOf(*vector));
+    return writable ? vector : nullptr;
 }
 
 }  // namespace
@@ -194,7 +232,7 @@ SegmentAllocator<char>* CSharedMemory::mpShmemCharAllocator = nullptr;
 
 CSharedMemory::CSharedMemory(bool removeFirst) {
     if (!open(SEGMENT_NAME, removeFirst)) return;
-    for (const sObjectName& object : OBJECT_DIRECTORY)
+    for (const sSharedObject& object : OBJECT_DIRECTORY)
         mMapObjects.emplace(object.id, object.name);
 }
 
@@ -223,89 +261,76 @@ bool CSharedMemory::open(const std::string& name, bool removeFirst) {
     }
 }
 
+template <>
+const SegmentAllocator<double>& CSharedMemory::allocatorOf() {
+    return *mpShMemDblAllocator;
+}
+template <>
+const SegmentAllocator<unsigned char>& CSharedMemory::allocatorOf() {
+    return *mpShmemBytelAllocator;
+}
+template <>
+const SegmentAllocator<SegmentString>& CSharedMemory::allocatorOf() {
+    return *mpShmemStrAllocator;
+}
+
 template <typename Value>
-std::vector<Value> CSharedMemory::getVector(int id,
-                                            bool (*read)(const std::string&, std::vector<Value>&)) {
+std::vector<Value> CSharedMemory::getVector(int id) {
     const std::lock_guard<std::mutex> lock(mMutex);
     std::vector<Value> values;
     const auto object = mMapObjects.find(id);
-    if (object != mMapObjects.end()) read(object->second, values);
+    if (object != mMapObjects.end()) readVector(object->second, values);
     return values;
 }
 
 template <typename Value>
-bool CSharedMemory::setVector(int id, const std::vector<Value>& values,
-                              bool (*write)(const std::string&, const std::vector<Value>&)) {
+bool CSharedMemory::setVector(int id, const std::vector<Value>& values) {
     const std::lock_guard<std::mutex> lock(mMutex);
     const auto object = mMapObjects.find(id);
-    return object != mMapObjects.end() && write(object->second, values);
+    return object != mMapObjects.end() && writeVector(object->second, values);
 }
 
-std::vector<double> CSharedMemory::getDoubleVector(int id) {
-    return getVector(id, readDoubleVector);
+template <typename Value>
+bool CSharedMemory::readVector(const std::string& name, std::vector<Value>& out) {
+    if (mpSharedMemory == nullptr) return false;
+    try {
+        return runAlone(*mpSharedMemory, [&] { return copyOut(*mpSharedMemory, name, out); });
+    } catch (...) {
+        std::puts(sKind<Value>::READ_FAILED);
+        return false;
+    }
 }
 
-bool CSharedMemory::setDoubleVector(int id, const std::vector<double>& values) {
-    return setVector(id, values, writeDoubleVector);
-}
-
-std::vector<unsigned char> CSharedMemory::getByteVector(int id) {
-    return getVector(id, readByteVector);
-}
-
-bool CSharedMemory::setByteVector(int id, const std::vector<unsigned char>& values) {
-    return setVector(id, values, writeByteVector);
-}
-
-std::vector<std::string> CSharedMemory::getStringVector(int id) {
-    return getVector(id, readStringVector);
-}
-
-bool CSharedMemory::setStringVector(int id, const std::vector<std::string>& values) {
-    return setVector(id, values, writeStringVector);
-}
-
-bool CSharedMemory::readDoubleVector(const std::string& name, std::vector<double>& out) {
-    return readVector<double>(mpSharedMemory, name, out, "vctr double read, exception catch !!! ");
-}
-
-bool CSharedMemory::readByteVector(const std::string& name, std::vector<unsigned char>& out) {
-    return readVector<unsigned char>(mpSharedMemory, name, out,
-                                     "vctr byte read, exception catch !!! ");
-}
-
-bool CSharedMemory::readStringVector(const std::string& name, std::vector<std::string>& out) {
-    return readVector<SegmentString>(mpSharedMemory, name, out,
-                                     "vctr string read, exception catch !!! ");
-}
-
-bool CSharedMemory::writeDoubleVector(const std::string& name, const std::vector<double>& values) {
-    return isDone(mpSharedMemory, [&] {
-        return writeVector(*mpSharedMemory, name, values, *mpShMemDblAllocator, 0.0, 0.0,
-                           "BOOST VCTR DBL IS EMPTY ");
+template <typename Value>
+bool CSharedMemory::writeVector(const std::string& name, const std::vector<Value>& values) {
+    using Kind = sKind<Value>;
+    return change(mpSharedMemory, [&] {
+        const auto& allocator = allocatorOf<typename Kind::Element>();
+        const bool written = runAlone(*mpSharedMemory, [&] {
+            auto* vector = writableVector(*mpSharedMemory, name, allocator);
+            if (vector != nullptr) Kind::assign(*vector, values, *mpShmemCharAllocator);
+            return vector != nullptr;
+        });
+        if (!written) std::puts(Kind::NO_OBJECT);
+        return written;
     });
 }
 
-bool CSharedMemory::writeByteVector(const std::string& name,
-                                    const std::vector<unsigned char>& values) {
-    return isDone(mpSharedMemory, [&] {
-        constexpr unsigned char ZERO = 0;
-        return writeVector(*mpSharedMemory, name, values, *mpShmemBytelAllocator, ZERO, ZERO,
-                           "BOOST VCTR BYTE IS EMPTY ");
-    });
-}
-
-bool CSharedMemory::writeStringVector(const std::string& name,
-                                      const std::vector<std::string>& values) {
-    return isDone(mpSharedMemory, [&] {
-        return writeVector(*mpSharedMemory, name, values, *mpShmemStrAllocator,
-                           SegmentString(FILL_TEXT, *mpShmemCharAllocator),
-                           SegmentString(*mpShmemCharAllocator), "BOOST VCTR STR IS EMPTY ");
-    });
-}
+template std::vector<double> CSharedMemory::getVector(int);
+template std::vector<unsigned char> CSharedMemory::getVector(int);
+template std::vector<std::string> CSharedMemory::getVector(int);
+template bool CSharedMemory::setVector(int, const std::vector<double>&);
+template bool CSharedMemory::setVector(int, const std::vector<unsigned char>&);
+template bool CSharedMemory::setVector(int, const std::vector<std::string>&);
+template bool CSharedMemory::readVector(const std::string&, std::vector<double>&);
+template bool CSharedMemory::readVector(const std::string&, std::vector<unsigned char>&);
+template bool CSharedMemory::readVector(const std::string&, std::vector<std::string>&);
+template bool CSharedMemory::writeVector(const std::string&, const std::vector<double>&);
+template bool CSharedMemory::writeVector(const std::string&, const std::vector<unsigned char>&);
+template bool CSharedMemory::writeVector(const std::string&, const std::vector<std::string>&);
 
 bool CSharedMemory::readIntVal(unsigned int& out) {
-    return isDone(mpSharedMemory, [&] {
+    return changeAlone(mpSharedMemory, [&] {
         const auto* value =
             findObject(*mpSharedMemory, mstrSharedMemName + INT_VAL_SUFFIX).as<unsigned int>();
         if (value != nullptr) out = *value;
@@ -314,15 +339,14 @@ bool CSharedMemory::readIntVal(unsigned int& out) {
 }
 
 bool CSharedMemory::createIntVal(unsigned int initial) {
-    return isDone(mpSharedMemory, [&] {
+    return changeAlone(mpSharedMemory, [&] {
         const std::string name = mstrSharedMemName + INT_VAL_SUFFIX;
         return mpSharedMemory->construct<unsigned int>(name.c_str(), std::nothrow)(initial) !=
                nullptr;
     });
 }
-
 bool CSharedMemory::readStrVal(std::string& out) {
-    return isDone(mpSharedMemory, [&] {
+    return changeAlone(mpSharedMemory, [&] {
         const auto* text =
             findObject(*mpSharedMemory, mstrSharedMemName + STR_VAL_SUFFIX).as<SegmentString>();
         return text != nullptr && copyElement(*mpSharedMemory, *text, out);
@@ -330,7 +354,7 @@ bool CSharedMemory::readStrVal(std::string& out) {
 }
 
 bool CSharedMemory::createStrVal(const std::string& initial) {
-    return isDone(mpSharedMemory, [&] {
+    return changeAlone(mpSharedMemory, [&] {
         const std::string name = mstrSharedMemName + STR_VAL_SUFFIX;
         return mpSharedMemory->construct<SegmentString>(name.c_str(), std::nothrow)(
                    initial.c_str(), *mpShmemCharAllocator) != nullptr;

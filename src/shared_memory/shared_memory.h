@@ -22,16 +22,22 @@ using SegmentString =
 template <typename T>
 using SegmentVector = boost::container::vector<T, SegmentAllocator<T>>;
 
+inline constexpr char SEGMENT_NAME[] = "CONF_AUTO_SAVE_MEM";
+
 // What a text holds on its way into a vector; never in a finished one.
 inline constexpr char FILL_TEXT[] = "DATA FROM TEST";
 
 // An instance carries the object directory; the handles of the segment are one set a process,
 // replaced by each construction and never freed.
 //
-// Any thread may call: an instance serialises its own accessors. Nothing locks the contents of an
-// object against other processes, so a vector may be seen half-way through a peer's change; what
-// cannot be a vector inside the segment is treated as not there. Accessors print and return
-// failure, they do not throw, except std::system_error for a mutex that cannot be locked.
+// Any thread may call: an instance serialises its own accessors. Each access of an object runs
+// under the segment's own process-shared lock, so whoever takes that lock sees whole vectors. A
+// peer that does not may still be half-way through a change; what cannot be a vector inside the
+// segment is treated as not there. An access blocks for as long as others hold the lock, at most
+// 1 s: then its holder is dead, and the access fails.
+//
+// Accessors print and return failure, they do not throw, except std::system_error for a mutex
+// that cannot be locked. `Value` is double, unsigned char or std::string.
 class CSharedMemory {
   public:
     // Attaches to the segment, creating it if there is none; `removeFirst` discards an existing
@@ -40,12 +46,10 @@ class CSharedMemory {
 
     // Whole vectors by object identifier. An identifier without an object reads as empty and
     // writes nothing. Writing creates the object; true if all of it was written.
-    std::vector<double> getDoubleVector(int id);
-    bool setDoubleVector(int id, const std::vector<double>& values);
-    std::vector<unsigned char> getByteVector(int id);
-    bool setByteVector(int id, const std::vector<unsigned char>& values);
-    std::vector<std::string> getStringVector(int id);
-    bool setStringVector(int id, const std::vector<std::string>& values);
+    template <typename Value>
+    std::vector<Value> getVector(int id);
+    template <typename Value>
+    bool setVector(int id, const std::vector<Value>& values);
 
     // Attaches this process to the segment `name`. On failure the handles stay as they were.
     static bool open(const std::string& name, bool removeFirst);
@@ -53,12 +57,42 @@ class CSharedMemory {
     // The same by object name. Reading never creates: false and `out` untouched if there is no
     // such object; an object without elements is true, `out` untouched. Writing leaves exactly
     // `values` in the object; false may leave it resized but only partly assigned.
-    static bool readDoubleVector(const std::string& name, std::vector<double>& out);
-    static bool writeDoubleVector(const std::string& name, const std::vector<double>& values);
-    static bool readByteVector(const std::string& name, std::vector<unsigned char>& out);
-    static bool writeByteVector(const std::string& name, const std::vector<unsigned char>& values);
-    static bool readStringVector(const std::string& name, std::vector<std::string>& out);
-    static bool writeStringVector(const std::string& name, const std::vector<std::string>& values);
+    template <typename Value>
+    static bool readVector(const std::string& name, std::vector<Value>& out);
+    template <typename Value>
+    static bool writeVector(const std::string& name, const std::vector<Value>& values);
+
+    // The names by which other programs call these.
+    std::vector<double> getDoubleVector(int id) { return getVector<double>(id); }
+    bool setDoubleVector(int id, const std::vector<double>& values) {
+        return setVector(id, values);
+    }
+    std::vector<unsigned char> getByteVector(int id) { return getVector<unsigned char>(id); }
+    bool setByteVector(int id, const std::vector<unsigned char>& values) {
+        return setVector(id, values);
+    }
+    std::vector<std::string> getStringVector(int id) { return getVector<std::string>(id); }
+    bool setStringVector(int id, const std::vector<std::string>& values) {
+        return setVector(id, values);
+    }
+    static bool readDoubleVector(const std::string& name, std::vector<double>& out) {
+        return readVector(name, out);
+    }
+    static bool writeDoubleVector(const std::string& name, const std::vector<double>& values) {
+        return writeVector(name, values);
+    }
+    static bool readByteVector(const std::string& name, std::vector<unsigned char>& out) {
+        return readVector(name, out);
+    }
+    static bool writeByteVector(const std::string& name, const std::vector<unsigned char>& values) {
+        return writeVector(name, values);
+    }
+    static bool readStringVector(const std::string& name, std::vector<std::string>& out) {
+        return readVector(name, out);
+    }
+    static bool writeStringVector(const std::string& name, const std::vector<std::string>& values) {
+        return writeVector(name, values);
+    }
 
     // Two single objects for trying a segment out; no configuration uses them. Creating fails if
     // the object exists or the segment is full.
@@ -76,11 +110,8 @@ class CSharedMemory {
     static SegmentAllocator<char>* mpShmemCharAllocator;
 
   private:
-    template <typename Value>
-    std::vector<Value> getVector(int id, bool (*read)(const std::string&, std::vector<Value>&));
-    template <typename Value>
-    bool setVector(int id, const std::vector<Value>& values,
-                   bool (*write)(const std::string&, const std::vector<Value>&));
+    template <typename Element>
+    static const SegmentAllocator<Element>& allocatorOf();
 
     std::map<int, std::string> mMapObjects;
     std::mutex mMutex;

@@ -58,7 +58,7 @@ eExitStatus getObjects(std::ostream& out, const Words& objects, bool json) {
 
 void setObject(std::ostream& out, const std::string& object, const Words& values, bool create) {
     const sObject found = findObject(object);
-    const Values parsed = parseValues(found.type, values);
+    const Values parsed = parseValues(found.element, values);
     const CSegment segment(create);
     segment.write(found, parsed);
     printTable(out, readRows(segment, {found}));

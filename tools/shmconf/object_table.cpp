@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <cctype>
 #include <charconv>
+#include <iterator>
 #include <numeric>
 #include <utility>
 
-#include "shared_memory/object_directory.h"
 #include "shmconf/tool_error.h"
 
 namespace shmconf {
@@ -14,38 +14,6 @@ namespace shmconf {
 namespace {
 
 constexpr const char* TYPE_NAMES[] = {"double", "byte", "text"};
-
-struct sTypedRange {
-    int first;
-    int last;
-    eType type;
-};
-constexpr sTypedRange TYPES[] = {
-    {0, 5, eType::DOUBLE},    // output settings
-    {7, 22, eType::BYTE},     // modes and states
-    {24, 25, eType::TEXT},    // wireless network
-    {27, 29, eType::DOUBLE},  // fan, drift correction, current sharing
-    {30, 30, eType::TEXT},    // firmware version of the channels
-    {32, 32, eType::DOUBLE}, {33, 33, eType::BYTE},   {34, 34, eType::DOUBLE},  // presets 1 to 5
-    {35, 35, eType::BYTE},   {36, 36, eType::DOUBLE}, {37, 37, eType::BYTE},
-    {38, 38, eType::DOUBLE}, {39, 39, eType::BYTE},   {40, 40, eType::DOUBLE},
-    {41, 41, eType::BYTE},   {48, 48, eType::TEXT},  // device identity
-};
-
-constexpr const sTypedRange* rangeOf(int id) {
-    for (const sTypedRange& range : TYPES) {
-        if (range.first <= id && id <= range.last) return &range;
-    }
-    return nullptr;
-}
-
-constexpr bool hasTypeForEveryObject() {
-    for (const auto& object : core_utils::OBJECT_DIRECTORY) {
-        if (rangeOf(object.id) == nullptr) return false;
-    }
-    return true;
-}
-static_assert(hasTypeForEveryObject());
 
 std::string toUpper(std::string text) {
     for (char& c : text)
@@ -112,15 +80,12 @@ sObject findById(const std::string& text, int id) {
 
 }  // namespace
 
-const char* typeName(eType type) {
-    return TYPE_NAMES[static_cast<int>(type)];
+const char* typeName(eElement element) {
+    return TYPE_NAMES[static_cast<int>(element)];
 }
 
 std::vector<sObject> allObjects() {
-    std::vector<sObject> objects;
-    for (const auto& [id, name] : core_utils::OBJECT_DIRECTORY)
-        objects.push_back({id, name, rangeOf(id)->type});
-    return objects;
+    return {std::begin(core_utils::OBJECT_DIRECTORY), std::end(core_utils::OBJECT_DIRECTORY)};
 }
 
 sObject findObject(const std::string& text) {

@@ -5,19 +5,16 @@
 #include <string>
 #include <vector>
 
+#include "shared_memory/object_directory.h"
+
 namespace shmconf {
 
-enum class eType { DOUBLE, BYTE, TEXT };
+// Its element type is what the daemon, which owns the object's file, reads and writes it as: the
+// segment does not say.
+using sObject = core_utils::sSharedObject;
+using core_utils::eElement;
 
-const char* typeName(eType type);
-
-// The segment does not say what the elements of an object are: `type` is what the daemon, which
-// owns the object's file, reads and writes it as.
-struct sObject {
-    int id;
-    const char* name;
-    eType type;
-};
+const char* typeName(eElement element);
 
 // The whole directory, by identifier.
 std::vector<sObject> allObjects();

@@ -21,14 +21,14 @@ std::size_t countOf(const Values& values) {
 
 Cells cellsOf(const sRow& row) {
     const bool present = row.contents.state == eState::PRESENT;
-    return {std::to_string(row.object.id), row.object.name, typeName(row.object.type),
+    return {std::to_string(row.object.id), row.object.name, typeName(row.object.element),
             present ? std::to_string(countOf(row.contents.values)) : "-", describe(row)};
 }
 
 nlohmann::ordered_json toJson(const sRow& row) {
     nlohmann::ordered_json json = {{"id", row.object.id},
                                    {"name", row.object.name},
-                                   {"type", typeName(row.object.type)},
+                                   {"type", typeName(row.object.element)},
                                    {"state", STATE_NAMES[static_cast<int>(row.contents.state)]}};
     if (row.contents.state != eState::PRESENT) return json;
     std::visit([&json](const auto& elements) { json["values"] = elements; }, row.contents.values);
@@ -42,7 +42,7 @@ std::string describe(const sRow& row) {
         case eState::ABSENT:
             return "(absent)";
         case eState::UNREADABLE:
-            return std::string("(is no vector of type ") + typeName(row.object.type) + ")";
+            return std::string("(is no vector of type ") + typeName(row.object.element) + ")";
         case eState::PRESENT:
             break;
     }

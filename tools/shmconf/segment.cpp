@@ -16,32 +16,12 @@ namespace shmconf {
 
 namespace {
 
-constexpr char SEGMENT_NAME[] = "CONF_AUTO_SAVE_MEM";
+using core_utils::SEGMENT_NAME;
 
-// The segment that CSharedMemory::open() attached to, and its accessors by type.
+// The segment that CSharedMemory::open() attached to.
 struct sShared : core_utils::CSharedMemory {
     static bool exists(const std::string& name) {
         return mpSharedMemory->find<unsigned char>(name.c_str()).first != nullptr;
-    }
-
-    static bool read(const std::string& name, std::vector<double>& values) {
-        return readDoubleVector(name, values);
-    }
-    static bool read(const std::string& name, std::vector<unsigned char>& values) {
-        return readByteVector(name, values);
-    }
-    static bool read(const std::string& name, std::vector<std::string>& values) {
-        return readStringVector(name, values);
-    }
-
-    static bool write(const std::string& name, const std::vector<double>& values) {
-        return writeDoubleVector(name, values);
-    }
-    static bool write(const std::string& name, const std::vector<unsigned char>& values) {
-        return writeByteVector(name, values);
-    }
-    static bool write(const std::string& name, const std::vector<std::string>& values) {
-        return writeStringVector(name, values);
     }
 };
 
@@ -98,14 +78,15 @@ CSegment::CSegment(bool create) {
 }
 
 sContents CSegment::read(const sObject& object) const {
-    sContents contents{eState::ABSENT, emptyValues(object.type)};
+    sContents contents{eState::ABSENT, emptyValues(object.element)};
     try {
         if (!sShared::exists(object.name)) return contents;
     } catch (const boost::interprocess::interprocess_exception& error) {
         throw CToolError(STATUS_NO_SEGMENT, std::string("cannot use the segment: ") + error.what());
     }
-    const bool sound = std::visit(
-        [&object](auto& values) { return sShared::read(object.name, values); }, contents.values);
+    const bool sound =
+        std::visit([&object](auto& values) { return sShared::readVector(object.name, values); },
+                   contents.values);
     contents.state = sound ? eState::PRESENT : eState::UNREADABLE;
     return contents;
 }
@@ -114,11 +95,11 @@ void CSegment::write(const sObject& object, const Values& values) const {
     const std::string name = object.name;
     if (read(object).state == eState::UNREADABLE) {
         throw CToolError(STATUS_FAILED, name + " was not written: it is no vector of type " +
-                                            typeName(object.type));
+                                            typeName(object.element));
     }
     const COutputToError redirected;
     const bool written = std::visit(
-        [&name](const auto& elements) { return sShared::write(name, elements); }, values);
+        [&name](const auto& elements) { return sShared::writeVector(name, elements); }, values);
     if (written) return;
     std::fputs("\n", stderr);  // the library's line has no end
     throw CToolError(STATUS_FAILED, name + " was not written, for the reason above");

@@ -62,20 +62,20 @@ std::string format(Number value) {
 
 }  // namespace
 
-Values emptyValues(eType type) {
-    if (type == eType::DOUBLE) return std::vector<double>();
-    if (type == eType::BYTE) return std::vector<unsigned char>();
+Values emptyValues(eElement element) {
+    if (element == eElement::DOUBLE) return std::vector<double>();
+    if (element == eElement::BYTE) return std::vector<unsigned char>();
     return std::vector<std::string>();
 }
 
-Values parseValues(eType type, const std::vector<std::string>& words) {
-    Values values = emptyValues(type);
+Values parseValues(eElement element, const std::vector<std::string>& words) {
+    Values values = emptyValues(element);
     std::visit(
         [&](auto& elements) {
             for (const std::string& word : words) {
                 if (!parse(word, elements.emplace_back())) {
                     throw CToolError(STATUS_USAGE, "the value " + format(word) + " is not " +
-                                                       EXPECTED[static_cast<int>(type)]);
+                                                       EXPECTED[static_cast<int>(element)]);
                 }
             }
         },

@@ -13,10 +13,10 @@ namespace shmconf {
 using Values =
     std::variant<std::vector<double>, std::vector<unsigned char>, std::vector<std::string>>;
 
-Values emptyValues(eType type);
+Values emptyValues(eElement element);
 
 // One element of each word. Throws CToolError naming the first word that is none of this type.
-Values parseValues(eType type, const std::vector<std::string>& words);
+Values parseValues(eElement element, const std::vector<std::string>& words);
 
 // Separated by blanks. Numbers have the fewest digits that read back the same; texts are in double
 // quotes, with control characters and bytes that are not UTF-8 escaped: safe on any terminal.

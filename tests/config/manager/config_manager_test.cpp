@@ -49,8 +49,8 @@ TEST(ConfigManager, IdentityOfAHalfWrittenTextIsThatOfTheWholeOne) {
     const std::pair<const char*, int> halves[] = {
         {"100_VOL", 800}, {"DATA FROM TEST", 800}, {"UNKNO", 800}, {"100_VOLTS_DEV_ xx", 80}};
     for (const auto& [half, ms] : halves) {
-        shared().setStringVector(48, {half});
         CConfigManager manager;
+        shared().setStringVector(48, {half});
         auto identity = std::async(std::launch::async, [&] { return identityOf(manager); });
         std::this_thread::sleep_for(std::chrono::milliseconds(ms));
         shared().setStringVector(48, {"KOL_35_VOLTS_DEV_2CH"});
