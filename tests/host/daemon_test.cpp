@@ -1,8 +1,8 @@
 #include <filesystem>
 
-#include "shared_memory/peer.h"
 #include "support/child_process.h"
 #include "support/files.h"
+#include "support/peer.h"
 
 namespace {
 

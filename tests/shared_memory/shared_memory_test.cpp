@@ -7,8 +7,8 @@
 #include <filesystem>
 #include <future>
 
-#include "shared_memory/peer.h"
 #include "support/files.h"
+#include "support/peer.h"
 
 namespace {
 

@@ -4,9 +4,9 @@
 #include <iterator>
 #include <sstream>
 
-#include "shared_memory/peer.h"
 #include "support/child_process.h"
 #include "support/files.h"
+#include "support/peer.h"
 
 namespace {
 

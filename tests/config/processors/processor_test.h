@@ -6,8 +6,8 @@
 
 #include "config/processors/config_processor.h"
 #include "config/processors/value_list.h"
-#include "shared_memory/peer.h"
 #include "support/files.h"
+#include "support/peer.h"
 
 namespace support {
 

@@ -4,8 +4,8 @@
 #include "config/records/drift_correction_data.h"
 #include "config/records/preset_data.h"
 #include "config/records/service_setting_data.h"
-#include "shared_memory/peer.h"
 #include "support/files.h"
+#include "support/peer.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 // A real second process on the segment, as the instrument's other programs are.
-#ifndef SHARED_MEMORY_PEER_H
-#define SHARED_MEMORY_PEER_H
+#ifndef SUPPORT_PEER_H
+#define SUPPORT_PEER_H
 
 #include <sys/wait.h>
 #include <unistd.h>
