@@ -37,13 +37,16 @@ class CPeer {
         _exit(action(memory) ? 0 : 1);
     }
 
+    bool start() { return write(mEnds[1], "", 1) == 1; }
+
     // 0 if the action returned true, minus the signal's number if one ended it.
-    int run() {
-        if (write(mEnds[1], "", 1) != 1) return -1;
+    int wait() {
         int status = 0;
         waitpid(mPid, &status, 0);
         return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
     }
+
+    int run() { return start() ? wait() : -1; }
 
   private:
     int mEnds[2] = {};
