@@ -2,10 +2,12 @@
 
 #include <pthread.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <new>
+#include <stdexcept>
 
 #include "ini_file/chunk_reader.h"
 #include "logging/logger.h"
@@ -125,6 +127,15 @@ bool readLoggedToken(CFileConfig& file, const std::string& section, const std::s
 
 }  // namespace
 
+double toDouble(const char* text) {
+    errno = 0;
+    char* end = nullptr;
+    const double number = std::strtod(text, &end);
+    if (end == text) throw std::invalid_argument("stod");
+    if (errno == ERANGE) throw std::out_of_range("stod");
+    return number;
+}
+
 bool CFileConfig::open(const char* path, const char* mode) {
     return mFile.open(path, mode) && mFile.setUnbuffered();
 }
@@ -191,7 +202,7 @@ bool CFileConfig::read(const std::string& section, const std::string& key, float
 bool CFileConfig::read(const std::string& section, const std::string& key, double& out) {
     char value[VALUE_CAPACITY];
     if (!readLoggedToken(*this, section, key, "int", value)) return false;
-    out = std::stod(value);
+    out = toDouble(value);
     return true;
 }
 

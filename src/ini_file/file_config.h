@@ -11,6 +11,11 @@
 
 namespace core_utils {
 
+// `text` as C reads a floating-point number. Throws std::invalid_argument if it begins with none
+// and std::out_of_range if a double cannot hold it; both say "stod" with every C++ library, as
+// the text ends up in printed lines.
+double toDouble(const char* text);
+
 // Works on a file that stays open between open() and close(). Every access scans it from its
 // start, in chunks of at most 80 characters, and every write reaches the kernel before the call
 // returns; close() also forces it to storage. Nothing is cached and no backup is kept: when a
@@ -40,8 +45,7 @@ class CFileConfig {
     bool readValue(const char* section, const char* key, char* buffer, int* ioSize);
 
     // Typed lookups. On failure they print which section and key and leave `out` alone. Text that
-    // is no number reads as 0, except that the double reader throws std::invalid_argument, or
-    // std::out_of_range for a number beyond a double; both say "stod".
+    // is no number reads as 0, except that the double reader throws what toDouble() does.
     bool read(const std::string& section, const std::string& key, int& out);
     bool read(const std::string& section, const std::string& key, std::string& out);
     bool read(const std::string& section, const std::string& key, float& out);

@@ -36,13 +36,13 @@ class CSegmentFile {
     int descriptor() const { return mDescriptor; }
 
     std::size_t size() const {
-        struct stat64 status {};
-        return fstat64(mDescriptor, &status) == 0 ? static_cast<std::size_t>(status.st_size) : 0;
+        struct stat status {};
+        return fstat(mDescriptor, &status) == 0 ? static_cast<std::size_t>(status.st_size) : 0;
     }
 
     bool isFinished() const {
         std::uint32_t state = 0;
-        return pread64(mDescriptor, &state, sizeof state, 0) == sizeof state &&
+        return pread(mDescriptor, &state, sizeof state, 0) == sizeof state &&
                state > LAST_UNFINISHED_STATE;
     }
 
@@ -63,8 +63,8 @@ void waitForCreator(const CSegmentFile& file) {
 }
 
 void requireRoom(std::size_t size) {
-    struct statvfs64 space {};
-    if (statvfs64(SHARED_MEMORY_FOLDER, &space) != 0) return;
+    struct statvfs space {};
+    if (statvfs(SHARED_MEMORY_FOLDER, &space) != 0) return;
     if (space.f_bavail * space.f_bsize < size) throw std::runtime_error("no room to create it");
 }
 
@@ -84,7 +84,7 @@ void checkAfterAttaching(const std::string& name, std::size_t size) {
     if (!file.exists() || file.size() < size || file.size() - size > LARGEST_PREFIX) {
         throw std::runtime_error("its header says another size");
     }
-    if (posix_fallocate64(file.descriptor(), 0, static_cast<off64_t>(file.size())) != 0) {
+    if (posix_fallocate(file.descriptor(), 0, static_cast<off_t>(file.size())) != 0) {
         throw std::runtime_error("no room for all of its pages");
     }
 }

@@ -10,21 +10,21 @@ namespace core_utils {
 namespace {
 
 bool isDirectory(const char* path, bool& directory) {
-    struct stat64 status {};
-    if (stat64(path, &status) != 0) return false;
+    struct stat status {};
+    if (stat(path, &status) != 0) return false;
     directory = S_ISDIR(status.st_mode);
     return true;
 }
 
 bool isReadOnly(const char* path, bool& readOnly) {
-    struct stat64 status {};
-    if (stat64(path, &status) != 0) return false;
+    struct stat status {};
+    if (stat(path, &status) != 0) return false;
     readOnly = (status.st_mode & 0222) == 0;
     return true;
 }
 
 // Null, or the message for the step that failed.
-const char* fill(sFoundFile& record, const glob64_t& result, unsigned int index) {
+const char* fill(sFoundFile& record, const glob_t& result, unsigned int index) {
     if (index >= result.gl_pathc || std::strlen(result.gl_pathv[index]) >= sizeof record.szPath)
         return "CFileFind::findFirstFile error 2";
     std::strcpy(record.szPath, result.gl_pathv[index]);
@@ -37,7 +37,7 @@ const char* fill(sFoundFile& record, const glob64_t& result, unsigned int index)
 
 bool CFileFind::findFirstFile(const std::string& pattern, sFoundFile& record) {
     close();
-    if (glob64(pattern.c_str(), miFlags, errfunc, &mResult) != 0) {
+    if (glob(pattern.c_str(), miFlags, errfunc, &mResult) != 0) {
         std::puts("CFileFind::findFirstFile error 1");
         return false;
     }
@@ -54,7 +54,7 @@ bool CFileFind::findNextFile(sFoundFile& record) {
 }
 
 bool CFileFind::close() {
-    globfree64(&mResult);
+    globfree(&mResult);
     mResult = {};
     return true;
 }

@@ -36,7 +36,7 @@ class CFileFind {
     static int errfunc(const char* path, int error);
 
   private:
-    glob64_t mResult = {};
+    glob_t mResult = {};
     int miFlags = GLOB_ERR | GLOB_MARK;
     unsigned int muiIndex = 0;
 };

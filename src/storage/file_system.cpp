@@ -24,7 +24,7 @@ struct sCloser {
 using Stream = std::unique_ptr<std::FILE, sCloser>;
 
 Stream openStream(const std::string& path, const char* mode) {
-    return Stream(fopen64(path.c_str(), mode));
+    return Stream(fopen(path.c_str(), mode));
 }
 
 // A file's contents in one block.
@@ -35,8 +35,8 @@ struct sBlock {
 
 bool readWhole(const std::string& path, sBlock& block) {
     const Stream stream = openStream(path, "r");
-    struct stat64 status {};
-    if (stream == nullptr || fstat64(fileno(stream.get()), &status) != 0) return false;
+    struct stat status {};
+    if (stream == nullptr || fstat(fileno(stream.get()), &status) != 0) return false;
     if (!S_ISREG(status.st_mode) || status.st_size > MAX_COPY_SIZE) return false;
     block.size = static_cast<std::size_t>(status.st_size);
     block.pData.reset(new (std::nothrow) char[block.size]);

@@ -14,7 +14,7 @@ using Lock = std::lock_guard<std::mutex>;
 bool CLockedFile::open(const char* path, const char* mode) {
     const Lock lock(mMutex);
     if (mpStream != nullptr || path == nullptr || mode == nullptr) return false;
-    mpStream = fopen64(path, mode);
+    mpStream = fopen(path, mode);
     return mpStream != nullptr;
 }
 
@@ -77,46 +77,46 @@ bool CLockedFile::seek(std::int64_t offset, int whence) {
     const Lock lock(mMutex);
     if (mpStream == nullptr) return false;
     std::clearerr(mpStream);
-    return fseeko64(mpStream, offset, whence) == 0;
+    return fseeko(mpStream, offset, whence) == 0;
 }
 
 bool CLockedFile::rewind() {
     return seek(0, SEEK_SET);
 }
 
-bool CLockedFile::getPosition(fpos64_t& position) {
+bool CLockedFile::getPosition(fpos_t& position) {
     const Lock lock(mMutex);
-    return mpStream != nullptr && fgetpos64(mpStream, &position) == 0;
+    return mpStream != nullptr && fgetpos(mpStream, &position) == 0;
 }
 
-bool CLockedFile::setPosition(const fpos64_t& position) {
+bool CLockedFile::setPosition(const fpos_t& position) {
     const Lock lock(mMutex);
-    return mpStream != nullptr && fsetpos64(mpStream, &position) == 0;
+    return mpStream != nullptr && fsetpos(mpStream, &position) == 0;
 }
 
 bool CLockedFile::truncate(std::int64_t offset) {
     const Lock lock(mMutex);
     if (mpStream == nullptr) return false;
-    if (ftruncate64(fileno(mpStream), offset) == 0) return true;
+    if (ftruncate(fileno(mpStream), offset) == 0) return true;
     std::printf("truncate fail : %d \n", errno);
     return false;
 }
 
 bool CLockedFile::getSize(std::int64_t& size) {
     const Lock lock(mMutex);
-    struct stat64 status {};
-    if (mpStream == nullptr || fstat64(fileno(mpStream), &status) != 0) return false;
+    struct stat status {};
+    if (mpStream == nullptr || fstat(fileno(mpStream), &status) != 0) return false;
     size = status.st_size;
     return true;
 }
 
 bool CLockedFile::isAtEnd() {
     const Lock lock(mMutex);
-    fpos64_t position;
-    if (mpStream == nullptr || fgetpos64(mpStream, &position) != 0) return false;
+    fpos_t position;
+    if (mpStream == nullptr || fgetpos(mpStream, &position) != 0) return false;
     char probe = 0;
     const bool atEnd = std::fread(&probe, 1, 1, mpStream) == 0 && std::feof(mpStream) != 0;
-    return fsetpos64(mpStream, &position) == 0 && atEnd;
+    return fsetpos(mpStream, &position) == 0 && atEnd;
 }
 
 bool CLockedFile::flushLocked() {

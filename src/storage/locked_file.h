@@ -3,6 +3,8 @@
 #ifndef STORAGE_LOCKED_FILE_H
 #define STORAGE_LOCKED_FILE_H
 
+#include <sys/types.h>
+
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -10,6 +12,8 @@
 #include <string>
 
 namespace core_utils {
+
+static_assert(sizeof(off_t) == sizeof(std::int64_t), "compile with -D_FILE_OFFSET_BITS=64");
 
 // Owns one stream, closed after construction and closed by the destructor.
 //
@@ -53,8 +57,8 @@ class CLockedFile {
     // `whence` as fseek takes it. Clears an earlier read error.
     bool seek(std::int64_t offset, int whence);
     bool rewind();
-    bool getPosition(fpos64_t& position);
-    bool setPosition(const fpos64_t& position);
+    bool getPosition(fpos_t& position);
+    bool setPosition(const fpos_t& position);
 
     // Cuts the file at `offset` bytes; prints the error number on failure. The position stays.
     bool truncate(std::int64_t offset);

@@ -81,27 +81,6 @@ TEST(FileConfigFaults, AWriteCutShortFailsAndTheNextOneMendsTheFile) {
     EXPECT_EQ(kHead + "Key=123456\n", support::readFile(kPath));
 }
 
-TEST(LockedFile, PrimitivesSayWhatTheyDidAndFailOnAClosedFile) {
-    core_utils::CLockedFile file;
-    char buffer[4] = {};
-    fpos64_t position;
-    std::int64_t size = -1;
-    EXPECT_FALSE(file.close() || file.flush() || file.rewind() || file.isAtEnd() ||
-                 file.readBlock(buffer, 1) || file.writeBlock("x", 1) || file.getSize(size) ||
-                 file.getPosition(position));
-    ASSERT_TRUE(file.open(kPath.c_str(), "w+b"));
-    EXPECT_FALSE(file.open(kPath.c_str(), "w+b")) << "the first stream stays";
-    EXPECT_TRUE(file.writeBlock("abcd", 4) && file.getSize(size) && file.isAtEnd());
-    EXPECT_EQ(4, size);
-    EXPECT_TRUE(file.seek(1, SEEK_SET) && file.getPosition(position) && !file.isAtEnd());
-    EXPECT_TRUE(file.readBlock(buffer, 3));
-    EXPECT_FALSE(file.readBlock(buffer, 1)) << "the end";
-    EXPECT_TRUE(file.setPosition(position) && file.readBlock(buffer, 2));
-    EXPECT_STREQ("bcd", buffer);
-    EXPECT_TRUE(file.rewind() && file.readBlock(buffer, 1) && file.flush() && file.close());
-    EXPECT_EQ('a', buffer[0]);
-}
-
 TEST(FileConfigFaults, AFileReplacedWhileOpenIsLeftAlone) {
     support::writeFile(kPath, kHead);
     CFileConfig file;

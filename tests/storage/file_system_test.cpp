@@ -23,8 +23,8 @@ TEST(FileSystem, CopyRefusesCleanlyAndLeavesTheDestinationAlone) {
     ASSERT_EQ(0, chdir(kRoot.c_str()));
     EXPECT_TRUE(CFileSystem::makeDirectory("dir"));
     EXPECT_TRUE(CFileSystem::makeDirectory("dir")) << "it exists already";
-    const int huge = open64("huge", O_CREAT | O_WRONLY, 0600);
-    ASSERT_EQ(0, ftruncate64(huge, off64_t{3} << 30));
+    const int huge = open("huge", O_CREAT | O_WRONLY, 0600);
+    ASSERT_EQ(0, ftruncate(huge, off_t{3} << 30));
     close(huge);
     writeFile("old", "old");
     for (const char* source : {"none", "dir", "/proc", "huge"}) {

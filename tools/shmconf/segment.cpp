@@ -50,8 +50,8 @@ class COutputToError {
 ino_t findSegment() {
     const int descriptor = shm_open((std::string("/") + SEGMENT_NAME).c_str(), O_RDONLY, 0);
     if (descriptor < 0) return 0;
-    struct stat64 status {};
-    const bool known = fstat64(descriptor, &status) == 0;
+    struct stat status {};
+    const bool known = fstat(descriptor, &status) == 0;
     close(descriptor);
     return known ? static_cast<ino_t>(status.st_ino) : 0;
 }

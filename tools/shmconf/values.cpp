@@ -1,7 +1,10 @@
 #include "shmconf/values.h"
 
 #include <boost/nowide/utf/utf.hpp>
+#include <cerrno>
 #include <charconv>
+#include <cmath>
+#include <cstdlib>
 
 #include "shmconf/tool_error.h"
 
@@ -15,11 +18,20 @@ bool parse(const std::string& word, std::string& out) {
     out = word;
     return true;
 }
-template <typename Number>
-bool parse(const std::string& word, Number& out) {
+bool parse(const std::string& word, unsigned char& out) {
     const char* end = word.data() + word.size();
     const auto [stop, error] = std::from_chars(word.data(), end, out);
     return error == std::errc() && stop == end;
+}
+// Not every C++ library has from_chars for doubles; this takes the same words.
+bool parse(const std::string& word, double& out) {
+    if (word.empty() || word[0] <= ' ' || word[0] == '+') return false;
+    if (word.find_first_of("xX") != std::string::npos) return false;
+    char* end = nullptr;
+    errno = 0;
+    out = std::strtod(word.c_str(), &end);
+    const bool inRange = errno == 0 || (out != 0.0 && std::isfinite(out));
+    return inRange && end == word.c_str() + word.size();
 }
 
 bool isControl(boost::nowide::utf::code_point point) {

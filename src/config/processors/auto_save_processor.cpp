@@ -53,7 +53,7 @@ struct sGroup<double> {
     static constexpr auto& ITEMS = NUMBER_ITEMS;
 
     static void append(std::vector<double>& values, const std::string& piece, bool) {
-        values.push_back(std::stod(piece));
+        values.push_back(core_utils::toDouble(piece.c_str()));
     }
     static std::vector<double> get(core_utils::CSharedMemory& memory, int id) {
         return memory.getDoubleVector(id);
