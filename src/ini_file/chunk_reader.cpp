@@ -1,35 +1,45 @@
 #include "ini_file/chunk_reader.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace core_utils {
 
-CChunkReader::CChunkReader(CLockedFile& file, std::int64_t offset)
-    : mFile(file), mBegin(offset), mbFailed(!file.seek(offset, SEEK_SET)) {}
+void CChunkReader::seek(std::int64_t offset) {
+    mBegin = offset;
+    mFirst = mLength = mWindowEnd = 0;
+    mbFailed = mbExhausted = !mFile.seek(offset, SEEK_SET);
+}
 
 bool CChunkReader::next() {
     mBegin = end();
-    mLength = 0;
-    while (mLength < CHUNK_SIZE && (mWindowNext < mWindowEnd || fillWindow())) {
-        const char* first = mWindow + mWindowNext;
-        const std::size_t available = std::min(mWindowEnd - mWindowNext, CHUNK_SIZE - mLength);
-        const char* lineEnd = std::find(first, first + available, '\n');
-        const bool lineEnds = lineEnd != first + available;
-        const char* last = lineEnds ? lineEnd + 1 : lineEnd;
-        std::copy(first, last, mChunk + mLength);
-        mLength += static_cast<std::size_t>(last - first);
-        mWindowNext += static_cast<std::size_t>(last - first);
-        if (lineEnds) break;
-    }
-    return mLength > 0 && !mbFailed;
+    mFirst += mLength;
+    if (measure()) return true;
+    refill();
+    // What was read before a failure counts up to its last whole chunk.
+    if (!measure() && mbFailed) mLength = 0;
+    return mLength > 0;
 }
 
-bool CChunkReader::fillWindow() {
-    if (mbFailed || mbLastWindow) return false;
-    mWindowNext = 0;
-    mbFailed = !mFile.readUpTo(mWindow, CHUNK_SIZE, mWindowEnd);
-    mbLastWindow = mWindowEnd < CHUNK_SIZE;
-    return !mbFailed && mWindowEnd > 0;
+// Takes the chunk that begins at `mFirst` as far as the window shows it; true if that is all of it.
+bool CChunkReader::measure() {
+    const char* first = mWindow + mFirst;
+    const std::size_t available = std::min(mWindowEnd - mFirst, CHUNK_SIZE);
+    const auto* lineEnd = static_cast<const char*>(std::memchr(first, '\n', available));
+    mLength = lineEnd != nullptr ? static_cast<std::size_t>(lineEnd - first) + 1 : available;
+    return lineEnd != nullptr || available == CHUNK_SIZE;
+}
+
+// Moves the rest of the window to its front and reads on behind it.
+void CChunkReader::refill() {
+    if (mbExhausted) return;
+    const std::size_t rest = mWindowEnd - mFirst;
+    std::memmove(mWindow, mWindow + mFirst, rest);
+    mFirst = 0;
+    std::size_t read = 0;
+    mbFailed = !mFile.readUpTo(mWindow + rest, WINDOW_SIZE - rest, read);
+    mWindowEnd = rest + read;
+    mbExhausted = mbFailed || mWindowEnd < WINDOW_SIZE;
 }
 
 }  // namespace core_utils

@@ -6,8 +6,10 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <exception>
 #include <new>
 #include <stdexcept>
+#include <string_view>
 
 #include "ini_file/chunk_reader.h"
 #include "logging/logger.h"
@@ -17,8 +19,10 @@ namespace core_utils {
 namespace {
 
 constexpr std::size_t MAX_SECTION_LENGTH = 77;
-constexpr std::size_t MAX_LINE_LENGTH = 80;
+constexpr int MAX_LINE_LENGTH = 80;
 constexpr int VALUE_CAPACITY = 100;
+constexpr int NUMBER_CAPACITY = 320;  // characters of the longest double with six decimals
+constexpr int HEAD_CAPACITY = 256;    // line ends, header and line
 
 bool isBlank(char character) {
     return static_cast<unsigned char>(character) <= ' ';
@@ -28,8 +32,9 @@ bool isUsable(const char* section, const char* key) {
     return section != nullptr && key != nullptr && std::strlen(section) <= MAX_SECTION_LENGTH;
 }
 
-std::string headerOf(const char* section) {
-    return "[" + std::string(section) + "]";
+bool isHeaderOf(std::string_view chunk, std::string_view section) {
+    return chunk.size() >= section.size() + 2 && chunk[section.size() + 1] == ']' &&
+           chunk.compare(1, section.size(), section) == 0;
 }
 
 // The key of a key line, or empty for every other chunk: a comment is never a key.
@@ -47,13 +52,13 @@ struct sHeaderPosition {
 
 // Leaves `reader` on the chunk of `key` and returns true, or runs to the end of the file.
 // A section may appear more than once; the first key that matches wins.
-bool findKey(CChunkReader& reader, const std::string& header, std::string_view key,
+bool findKey(CChunkReader& reader, std::string_view section, std::string_view key,
              sHeaderPosition& position) {
     bool inSection = false;
     while (reader.next()) {
         const std::string_view chunk = reader.chunk();
         if (chunk.front() == '[') {
-            inSection = chunk.substr(0, header.size()) == header;
+            inSection = isHeaderOf(chunk, section);
             if (inSection) position = {reader.begin(), reader.end()};
         } else if (inSection && !key.empty() && keyOf(chunk) == key) {
             return true;
@@ -78,22 +83,47 @@ void skipRestOfLine(CChunkReader& reader) {
     }
 }
 
-// Reads what a rewrite keeps of the rest of the file: key lines, comments, and headers with one
-// blank line before each. Other lines go.
-bool readRemainder(CChunkReader& reader, std::string& remainder) {
+// Appends what a rewrite keeps of the rest of the file: key lines, comments, and headers with one
+// blank line before each. Other lines go. Throws if there is no memory for it.
+void appendRemainder(CChunkReader& reader, std::string& tail) {
     bool continuation = false;
     while (reader.next()) {
         const std::string_view chunk = reader.chunk();
         const std::size_t equals = chunk.find('=');
         const bool keyLine = equals != std::string_view::npos && equals > 0;
         const bool header = !keyLine && chunk.front() == '[';
-        if (header && !continuation) remainder += '\n';
-        if (keyLine || header || chunk.front() == '#' || continuation) remainder += chunk;
+        if (header && !continuation) tail += '\n';
+        if (keyLine || header || chunk.front() == '#' || continuation) tail += chunk;
         // Also after a line of 80 characters that is complete: rewritten files rely on it.
         continuation = chunk.size() == CChunkReader::CHUNK_SIZE;
     }
+}
+
+// Makes `tail` of `head` and what is left to `reader`.
+bool makeTail(std::string_view head, CChunkReader& reader, std::string& tail) {
+    try {
+        tail = head;
+        appendRemainder(reader, tail);
+    } catch (const std::exception&) {
+        std::puts("riSize = -1 ");
+        return false;
+    }
     if (reader.failed()) std::puts("riSize = -1,2 ");
     return !reader.failed();
+}
+
+// Posts a miss to the maintenance log; without memory for it nothing is posted.
+void logMiss(const std::string& section, const std::string& key) {
+    core_logger::CLogger* logger = core_logger::CLogger::getInstance();
+    if (logger == nullptr || logger->getLevel() > core_logger::LEVEL_ERROR) return;
+    char message[256];
+    std::snprintf(message, sizeof message, "[TID:0x%0X] %s FAILED to read [%s]:[%s]",
+                  static_cast<unsigned int>(pthread_self()), "read", section.c_str(), key.c_str());
+    try {
+        logger->log(
+            new core_logger::CLogEvent(__LINE__, core_logger::LEVEL_ERROR, "CFileConfig", message));
+    } catch (const std::exception&) {
+    }
 }
 
 // One lookup for the typed readers. `type` is the word in the message, which three share.
@@ -104,17 +134,6 @@ bool readToken(CFileConfig& file, const std::string& section, const std::string&
     std::printf("[CFileConfig::read %s] FAILED to read [%s]:[%s]\n", type, section.c_str(),
                 key.c_str());
     return false;
-}
-
-void logMiss(const std::string& section, const std::string& key) {
-    core_logger::CLogger* logger = core_logger::CLogger::getInstance();
-    if (logger == nullptr || logger->getLevel() > core_logger::LEVEL_ERROR) return;
-    char message[256];
-    std::snprintf(message, sizeof message, "[TID:0x%0X] %s FAILED to read [%s]:[%s]",
-                  static_cast<unsigned int>(pthread_self()), "read", section.c_str(), key.c_str());
-    auto* event = new (std::nothrow)
-        core_logger::CLogEvent(__LINE__, core_logger::LEVEL_ERROR, "CFileConfig", message);
-    if (event != nullptr) logger->log(event);
 }
 
 // As readToken(), for the readers whose misses go to the maintenance log too: all but int's.
@@ -137,7 +156,10 @@ double toDouble(const char* text) {
 }
 
 bool CFileConfig::open(const char* path, const char* mode) {
-    return mFile.open(path, mode) && mFile.setUnbuffered();
+    if (!mFile.open(path, mode)) return false;
+    if (mFile.isRegular() && mFile.setUnbuffered()) return true;
+    mFile.close();
+    return false;
 }
 
 bool CFileConfig::open(const std::string& path, const std::string& mode) {
@@ -158,9 +180,9 @@ bool CFileConfig::readValue(const char* section, const char* key, char* buffer, 
     *ioSize = -1;
     if (!isOpen() || !isUsable(section, key) || buffer == nullptr) return false;
 
-    CChunkReader reader(mFile, 0);
+    CChunkReader reader(mFile);
     sHeaderPosition position;
-    if (!findKey(reader, headerOf(section), key, position)) return false;
+    if (!findKey(reader, section, key, position)) return false;
 
     const std::string_view value = valueOf(reader.chunk());
     if (value.empty()) {
@@ -188,7 +210,11 @@ bool CFileConfig::read(const std::string& section, const std::string& key, int& 
 bool CFileConfig::read(const std::string& section, const std::string& key, std::string& out) {
     char value[VALUE_CAPACITY];
     if (!readLoggedToken(*this, section, key, "str", value)) return false;
-    out = value;
+    try {
+        out = value;
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
     return true;
 }
 
@@ -210,34 +236,34 @@ bool CFileConfig::writeValue(const char* section, const char* key, const char* v
                              int valueLength, bool noCreate) {
     if (!isOpen() || !isUsable(section, key) || value == nullptr || valueLength == 0) return false;
 
-    std::string line = std::string(key) + "=" + value + "\n";
+    char line[MAX_LINE_LENGTH + 1];
+    const int length = std::snprintf(line, sizeof line, "%s=%s\n", key, value);
     // Peers rely on the odd limit: one character too many is refused, more are cut off.
-    if (line.size() == MAX_LINE_LENGTH + 1) return false;
-    if (line.size() > MAX_LINE_LENGTH) line.resize(MAX_LINE_LENGTH);
+    if (length < 0 || length == MAX_LINE_LENGTH + 1) return false;
 
-    const std::string header = headerOf(section);
-    CChunkReader reader(mFile, 0);
+    CChunkReader reader(mFile);
     sHeaderPosition position;
-    std::string remainder;
-    if (findKey(reader, header, key, position)) {
+    if (findKey(reader, section, key, position)) {
         const std::int64_t begin = reader.begin();
-        if (reader.chunk().size() == line.size()) {
+        if (reader.chunk().size() == std::strlen(line)) {
             return mFile.seek(begin, SEEK_SET) && mFile.writeText(line);
         }
         skipRestOfLine(reader);
-        return readRemainder(reader, remainder) && replaceTail(begin, line + remainder);
+        return rewriteFrom(begin, line, reader);
     }
     if (reader.failed() || noCreate) return false;
-    if (position.begin < 0) return appendSection(header, line);
-
-    CChunkReader rest(mFile, position.end);
-    return readRemainder(rest, remainder) &&
-           replaceTail(position.begin, header + "\n" + line + remainder);
+    char head[HEAD_CAPACITY];
+    std::snprintf(head, sizeof head, "[%s]\n%s", section, line);
+    if (position.begin < 0) return append(head);
+    reader.seek(position.end);
+    return rewriteFrom(position.begin, head, reader);
 }
 
 bool CFileConfig::write(const std::string& section, const std::string& key, int value,
                         bool noCreate) {
-    return write(section, key, std::to_string(value), noCreate);
+    char text[NUMBER_CAPACITY];
+    const int length = std::snprintf(text, sizeof text, "%d", value);
+    return writeValue(section.c_str(), key.c_str(), text, length, noCreate);
 }
 
 bool CFileConfig::write(const std::string& section, const std::string& key,
@@ -248,36 +274,37 @@ bool CFileConfig::write(const std::string& section, const std::string& key,
 
 bool CFileConfig::write(const std::string& section, const std::string& key, double value,
                         bool noCreate) {
-    return write(section, key, std::to_string(value), noCreate);
+    char text[NUMBER_CAPACITY];
+    const int length = std::snprintf(text, sizeof text, "%.6f", value);
+    return writeValue(section.c_str(), key.c_str(), text, length, noCreate);
 }
 
 bool CFileConfig::removeKey(const char* section, const char* key) {
     if (!isOpen() || !isUsable(section, key)) return false;
 
-    CChunkReader reader(mFile, 0);
+    CChunkReader reader(mFile);
     sHeaderPosition position;
-    if (!findKey(reader, headerOf(section), key, position)) return false;
+    if (!findKey(reader, section, key, position)) return false;
     const std::int64_t begin = reader.begin();
     skipRestOfLine(reader);
-    std::string remainder;
-    return readRemainder(reader, remainder) && replaceTail(begin, remainder);
+    return rewriteFrom(begin, "", reader);
 }
 
-bool CFileConfig::appendSection(const std::string& header, const std::string& line) {
+bool CFileConfig::append(const char* section) {
     std::int64_t size = 0;
     if (!mFile.getSize(size)) return false;
-    std::string text = "\n" + header + "\n" + line;
-    if (size > 0) {
-        char last = '\0';
-        std::size_t read = 0;
-        if (!mFile.seek(-1, SEEK_END) || !mFile.readUpTo(&last, 1, read)) return false;
-        if (last != '\n') text.insert(0, "\n");
-    }
+    char last = '\n';
+    std::size_t read = 0;
+    if (size > 0 && !(mFile.seek(-1, SEEK_END) && mFile.readUpTo(&last, 1, read))) return false;
+    char text[HEAD_CAPACITY];
+    std::snprintf(text, sizeof text, "%s\n%s", last == '\n' ? "" : "\n", section);
     return mFile.seek(0, SEEK_END) && mFile.writeText(text);
 }
 
-bool CFileConfig::replaceTail(std::int64_t offset, const std::string& text) {
-    return mFile.truncate(offset) && mFile.seek(offset, SEEK_SET) && mFile.writeText(text);
+bool CFileConfig::rewriteFrom(std::int64_t offset, const char* head, CChunkReader& rest) {
+    std::string tail;
+    return makeTail(head, rest, tail) && mFile.truncate(offset) && mFile.seek(offset, SEEK_SET) &&
+           mFile.writeText(tail);
 }
 
 }  // namespace core_utils

@@ -5,7 +5,6 @@
 
 #include <cstdint>
 #include <string>
-#include <string_view>
 
 #include "storage/locked_file.h"
 
@@ -16,20 +15,25 @@ namespace core_utils {
 // the text ends up in printed lines.
 double toDouble(const char* text);
 
+class CChunkReader;
+
 // Works on a file that stays open between open() and close(). Every access scans it from its
 // start, in chunks of at most 80 characters, and every write reaches the kernel before the call
 // returns; close() also forces it to storage. Nothing is cached and no backup is kept: when a
 // rewrite fails half-way, what followed the line may be lost.
 //
 // One thread at a time, and no second object on the same file. All operations return false when
-// the file is closed, a section name has more than 77 characters, or the system reports an error.
+// the file is closed, a section name has more than 77 characters, the system reports an error, or
+// there is no memory for what a rewrite has to move, which then changes nothing. The double reader
+// alone throws.
 class CFileConfig {
   public:
     CFileConfig() = default;
     virtual ~CFileConfig() = default;
 
     // `mode` as fopen takes it: "r+b" to write (the file must exist), "rb" to read. False, and
-    // nothing changed, if a file is open already.
+    // nothing changed, if a file is open already. What is no regular file fails at once, too, where
+    // a FIFO would have to be waited for; a symbolic link to one is followed.
     bool open(const char* path, const char* mode);
     bool open(const std::string& path, const std::string& mode);
 
@@ -38,7 +42,7 @@ class CFileConfig {
 
     bool isOpen() const;
 
-    // Looks up the value of `key`, its first blank-free token, at most 79 characters.
+    // Looks up the value of `key`, its first blank-free token, at most 78 characters.
     // `*ioSize` is the capacity of `buffer` in bytes on entry. True: the value is in `buffer`,
     // terminated, and `*ioSize` is its length. False: `*ioSize` is the length that did not fit,
     // or -1 for no such key or a value with another "=" in it; an empty value leaves it alone.
@@ -71,8 +75,11 @@ class CFileConfig {
     bool removeKey(const char* section, const char* key);
 
   private:
-    bool appendSection(const std::string& header, const std::string& line);
-    bool replaceTail(std::int64_t offset, const std::string& text);
+    // Writes a new section, header and line, to the end of the file.
+    bool append(const char* section);
+
+    // Puts `head` and what a rewrite keeps of `rest` in the place of all from `offset` on.
+    bool rewriteFrom(std::int64_t offset, const char* head, CChunkReader& rest);
 
     CLockedFile mFile;
 };

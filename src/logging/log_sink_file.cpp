@@ -74,6 +74,7 @@ bool CLogSinkFile::close() {
     mbIsInitialised = false;
     if (!mFile.isOpen() || mFile.close()) return true;
     std::printf("\nERROR : CLogger close file ");
+    std::fflush(stdout);  // the line has no end that would do it
     return false;
 }
 

@@ -1,20 +1,42 @@
 #include "storage/locked_file.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstring>
 
 namespace core_utils {
 
 namespace {
 using Lock = std::lock_guard<std::mutex>;
+
+// What fopen makes of `mode`; -1 if it is none.
+int flagsOf(const char* mode) {
+    const bool update = std::strchr(mode, '+') != nullptr;
+    switch (mode[0]) {
+        case 'r':
+            return update ? O_RDWR : O_RDONLY;
+        case 'w':
+            return (update ? O_RDWR : O_WRONLY) | O_CREAT | O_TRUNC;
+        case 'a':
+            return (update ? O_RDWR : O_WRONLY) | O_CREAT | O_APPEND;
+        default:
+            return -1;
+    }
 }
+}  // namespace
 
 bool CLockedFile::open(const char* path, const char* mode) {
     const Lock lock(mMutex);
     if (mpStream != nullptr || path == nullptr || mode == nullptr) return false;
-    mpStream = fopen(path, mode);
+    const int flags = flagsOf(mode);
+    if (flags < 0) return false;
+    const int descriptor = ::open(path, flags | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, 0666);
+    if (descriptor < 0) return false;
+    mpStream = fdopen(descriptor, mode);
+    if (mpStream == nullptr) ::close(descriptor);
     return mpStream != nullptr;
 }
 
@@ -30,6 +52,12 @@ bool CLockedFile::close() {
 bool CLockedFile::isOpen() const {
     const Lock lock(mMutex);
     return mpStream != nullptr;
+}
+
+bool CLockedFile::isRegular() const {
+    const Lock lock(mMutex);
+    struct stat status {};
+    return mpStream != nullptr && fstat(fileno(mpStream), &status) == 0 && S_ISREG(status.st_mode);
 }
 
 bool CLockedFile::setUnbuffered() {
@@ -61,7 +89,7 @@ bool CLockedFile::writeBlock(const void* buffer, std::size_t size) {
     return false;
 }
 
-bool CLockedFile::writeText(const std::string& text) {
+bool CLockedFile::writeText(std::string_view text) {
     const Lock lock(mMutex);
     if (mpStream == nullptr) return false;
     const bool written = std::fwrite(text.data(), 1, text.size(), mpStream) == text.size();

@@ -9,7 +9,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <mutex>
-#include <string>
+#include <string_view>
 
 namespace core_utils {
 
@@ -26,7 +26,8 @@ class CLockedFile {
     CLockedFile& operator=(const CLockedFile&) = delete;
     ~CLockedFile() { close(); }
 
-    // `mode` as fopen takes it. False if a stream is already open, which then stays.
+    // `mode` as fopen takes it: "r", "w" or "a", with "+" to read and write. Never waits for the
+    // other end of a FIFO or for a device. False if a stream is already open, which then stays.
     bool open(const char* path, const char* mode);
 
     // Has the kernel's writes put to storage, then closes. False if any of it failed; the file
@@ -34,6 +35,9 @@ class CLockedFile {
     bool close();
 
     bool isOpen() const;
+
+    // As opposed to a directory, a device, a FIFO or a socket.
+    bool isRegular() const;
 
     // From here on every write reaches the kernel before it returns.
     bool setUnbuffered();
@@ -49,7 +53,7 @@ class CLockedFile {
     bool writeBlock(const void* buffer, std::size_t size);
 
     // Hands `text` to the kernel, not yet to storage: close() or flush() does that.
-    bool writeText(const std::string& text);
+    bool writeText(std::string_view text);
 
     // Puts what was written to storage.
     bool flush();

@@ -1,6 +1,8 @@
 #include "ini_file/file_config.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <iterator>
@@ -281,10 +283,23 @@ TEST(FileConfig, LosesNothingInAFileItMayNotWrite) {
     });
     EXPECT_EQ("truncate fail : 22 \ntruncate fail : 22 \n", printed);
     EXPECT_EQ(bytes, support::readFile(kPath));
+}
 
-    file.close();
-    ASSERT_TRUE(file.open(support::configPath(""), "rb")) << "a folder: every read fails";
-    expectRefusal(file, "Sec", "Key", "2");
+TEST(FileConfig, OpensRegularFilesOnlyAndWaitsForNothing) {
+    const std::string fifo = support::configPath("fifo");
+    ASSERT_EQ(0, mkfifo(fifo.c_str(), 0600));
+    for (const std::string& path : {fifo, std::string("/dev/zero"), support::configPath("")}) {
+        for (const char* mode : {"rb", "r+b", "w+b", "a"}) {
+            CFileConfig file;
+            EXPECT_FALSE(file.open(path, mode)) << path << ' ' << mode;
+            EXPECT_FALSE(file.isOpen());
+        }
+    }
+    support::writeFile(kPath, "[Sec]\nKey=1\n");
+    const std::string link = support::configPath("link");
+    ASSERT_EQ(0, symlink(kPath.c_str(), link.c_str()));
+    CFileConfig file;
+    EXPECT_TRUE(file.open(link, "r+b"));
 }
 
 }  // namespace
