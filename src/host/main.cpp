@@ -5,12 +5,10 @@
 #include <iostream>
 
 #include "host/app_config_manager.h"
+#include "host/process_setup.h"
 
 int main() {
-    // Standard output is a pipe or a log file on a board and this process never exits: a line
-    // that waited in a full buffer would be lost.
-    std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
-
+    setUpProcess();
     std::cout << "App Config Manager" << std::endl;
     auto* registry = new CAppConfigManager;  // never freed: its handlers run to the end
     if (!registry->init()) {

@@ -3,23 +3,25 @@
 #include "support/child_process.h"
 #include "support/files.h"
 #include "support/peer.h"
+#include "support/wait_until.h"
 
 namespace {
 
 using namespace support;
 using std::chrono::milliseconds;
+using std::chrono::steady_clock;
 
-const std::string kPath = configPath("devtype_info.cfg");
-const std::string kFile = "[PROCESSED_DEV_INFORMATION]\nDEV_INFORMATION=";
-const std::string kBanner = "App Config Manager\nProcess COnfigHandler : CConfigDevTypeHandler \n";
-const std::string kOpening =
+const std::string PATH = configPath("devtype_info.cfg");
+const std::string FILE_HEAD = "[PROCESSED_DEV_INFORMATION]\nDEV_INFORMATION=";
+const std::string BANNER = "App Config Manager\nProcess COnfigHandler : CConfigDevTypeHandler \n";
+const std::string OPENING =
     "WRITING TO CONFIG FILE DEV TYPE :100_VOLTS_DEV_2CH \n"
     "!!!!!!!!!!!!! OPEN CHECK !!!!!!!!!!!!!! \n";
-const std::string kWriting =
+const std::string WRITING =
     "!!!!!!!!!!!!! OPEN CHECK DONE!!!!!!!!!!!!!! \n!!!!!!!!!!!!! WRTING !!!!!!!!!!!!!! \n"
     "!!!!!!!!!!!!! WRTING bResult : ";
-const std::string kIdentity = "Dev Type 2 Chn Count : 2 \n";
-const std::string kNoFile = "failed to open dev type\n";
+const std::string IDENTITY = "Dev Type 2 Chn Count : 2 \n";
+const std::string NO_FILE = "failed to open dev type\n";
 
 // One line at a time: each must come without the next one pushing it out.
 void expectLines(CChildProcess& daemon, const std::string& text) {
@@ -34,52 +36,111 @@ void expectQuietLife(CChildProcess& daemon) {
     EXPECT_EQ(std::nullopt, daemon.wait(milliseconds(1)));
 }
 
-// Empties the vector first: the daemon keeps what it makes of an old text half replaced.
+bool setIdentity(CPeerMemory& memory) {
+    return memory.setStringVector(48, {}) && memory.setStringVector(48, {"100_VOLTS_DEV_2CH"});
+}
+
 void publishIdentity() {
-    CPeer peer([](CPeerMemory& memory) {
-        return memory.setStringVector(48, {}) && memory.setStringVector(48, {"100_VOLTS_DEV_2CH"});
-    });
-    EXPECT_EQ(0, peer.run());
+    EXPECT_EQ(0, CPeer(setIdentity).run());
+}
+
+bool isIdentityRecorded() {
+    return readFile(PATH) == FILE_HEAD + "100_VOLTS_DEV_2CH\n";
+}
+
+// How often a process has gone to sleep: steady on a busy machine, where processor time is not.
+long sleepsOf(pid_t pid) {
+    const std::string name = "\nvoluntary_ctxt_switches:";
+    const std::string status = readFile("/proc/" + std::to_string(pid) + "/status");
+    return std::stol(status.substr(status.find(name) + name.size()));
 }
 
 TEST(Daemon, KnownIdentityIsPrintedAndNothingWritten) {
-    writeFile(kPath, kFile + "100_VOLTS_DEV_2CH\n");
-    const auto written = std::filesystem::last_write_time(kPath);
+    writeFile(PATH, FILE_HEAD + "100_VOLTS_DEV_2CH\n");
+    const auto written = std::filesystem::last_write_time(PATH);
     for (int run = 0; run < 2; ++run) {
         CChildProcess daemon({APP_CONFIG_MANAGER});
-        expectLines(daemon, kBanner + kIdentity);
+        expectLines(daemon, BANNER + IDENTITY);
         expectQuietLife(daemon);
     }
-    EXPECT_EQ(written, std::filesystem::last_write_time(kPath));
+    EXPECT_EQ(written, std::filesystem::last_write_time(PATH));
 }
 
 TEST(Daemon, IdentityThatComesLaterIsRecordedForTheNextStart) {
-    writeFile(kPath, kFile + "UNKNOWN\n");
+    writeFile(PATH, FILE_HEAD + "UNKNOWN\n");
     CChildProcess daemon({APP_CONFIG_MANAGER});
-    expectLines(daemon, kBanner);
+    expectLines(daemon, BANNER);
     expectQuietLife(daemon);
     publishIdentity();
     const std::string saved = "WRITING TO CONFIG FILE DEV TYPE :100_VOLTS_DEV_2CH SAVED\n";
-    expectLines(daemon, kOpening + kWriting + "1 !!!!!!!!!!!!!! \n" + saved + kIdentity);
+    expectLines(daemon, OPENING + WRITING + "1 !!!!!!!!!!!!!! \n" + saved + IDENTITY);
     expectQuietLife(daemon);
-    EXPECT_EQ(kFile + "100_VOLTS_DEV_2CH\n", readFile(kPath));
+    EXPECT_EQ(FILE_HEAD + "100_VOLTS_DEV_2CH\n", readFile(PATH));
     daemon.kill(SIGKILL);
     daemon.wait();
     CChildProcess next({APP_CONFIG_MANAGER});
-    expectLines(next, kBanner + kIdentity);
+    expectLines(next, BANNER + IDENTITY);
 }
 
 TEST(Daemon, WithoutItsFileItWaitsForTheIdentityAllTheSame) {
     ASSERT_EQ(0, rmdir(configPath("").c_str()));
     CChildProcess daemon({APP_CONFIG_MANAGER});
-    expectLines(daemon, kBanner + kNoFile);
+    expectLines(daemon, BANNER + NO_FILE);
     expectQuietLife(daemon);
     publishIdentity();
-    expectLines(daemon, kOpening + "failed to open dev type file config \n" + kWriting +
-                            "0 !!!!!!!!!!!!!! \nFAILED TO WRITE DEV TYPE INFO \n" + kIdentity);
+    expectLines(daemon, OPENING + "failed to open dev type file config \n" + WRITING +
+                            "0 !!!!!!!!!!!!!! \nFAILED TO WRITE DEV TYPE INFO \n" + IDENTITY);
     // Objects of a previous run are the identity of the next one.
     CChildProcess next({APP_CONFIG_MANAGER});
-    expectLines(next, kBanner + kNoFile + kIdentity);
+    expectLines(next, BANNER + NO_FILE + IDENTITY);
+}
+
+TEST(Daemon, SleepsAMillisecondBetweenLooksAndASecondAfterThem) {
+    const struct {
+        std::string recorded, printed;
+        milliseconds period;
+        long least;
+    } rows[] = {{"UNKNOWN\n", "", milliseconds(1), 50},
+                {"100_VOLTS_DEV_2CH\n", IDENTITY, milliseconds(1000), 1}};
+    for (const auto& row : rows) {
+        writeFile(PATH, FILE_HEAD + row.recorded);
+        CChildProcess daemon({APP_CONFIG_MANAGER});
+        expectLines(daemon, BANNER + row.printed);
+        const auto begin = steady_clock::now();
+        const long before = sleepsOf(daemon.pid());
+        expectQuietLife(daemon);
+        const long sleeps = sleepsOf(daemon.pid()) - before;
+        EXPECT_GE(sleeps, row.least);
+        EXPECT_LE(sleeps, (steady_clock::now() - begin) / row.period + 2);
+    }
+}
+
+TEST(Daemon, DescriptorsThatAreClosedAtItsStartAreTheNullDevice) {
+    CPeerMemory memory;
+    for (const std::vector<int>& closed : {std::vector<int>{1}, {0, 1, 2}}) {
+        writeFile(PATH, FILE_HEAD + "UNKNOWN\n");
+        CChildProcess daemon({APP_CONFIG_MANAGER}, closed);
+        EXPECT_TRUE(waitUntil([&] { return memory.getStringVector(48) == Texts{"UNKNOWN"}; }));
+        publishIdentity();
+        EXPECT_TRUE(waitUntil(isIdentityRecorded)) << readFile(PATH);
+        const std::string descriptors = "/proc/" + std::to_string(daemon.pid()) + "/fd/";
+        for (const int descriptor : closed)
+            EXPECT_EQ("/dev/null",
+                      std::filesystem::read_symlink(descriptors + std::to_string(descriptor)));
+    }
+}
+
+TEST(Daemon, OutlivesItsTerminalAndTheReaderOfItsLinesButNotARequestToEnd) {
+    writeFile(PATH, FILE_HEAD + "UNKNOWN\n");
+    CChildProcess daemon({APP_CONFIG_MANAGER});
+    expectLines(daemon, BANNER);
+    daemon.kill(SIGHUP);
+    daemon.closeOutput();
+    publishIdentity();
+    EXPECT_TRUE(waitUntil(isIdentityRecorded));
+    EXPECT_EQ(std::nullopt, daemon.wait(milliseconds(100)));
+    daemon.kill(SIGTERM);
+    EXPECT_EQ(-SIGTERM, daemon.wait());
 }
 
 }  // namespace

@@ -35,13 +35,16 @@ std::vector<char*> argumentVector(std::vector<std::string>& words) {
     return arguments;
 }
 
-CChildProcess::CChildProcess(const std::vector<std::string>& command) {
+CChildProcess::CChildProcess(const std::vector<std::string>& command,
+                             const std::vector<int>& closed) {
     int ends[2];
     if (pipe2(ends, O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
     std::vector<std::string> words = targetCommand(command);
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
+    for (const int descriptor : closed)
+        posix_spawn_file_actions_addclose(&actions, descriptor);
     const int error = posix_spawnp(&mPid, words[0].c_str(), &actions, nullptr,
                                    argumentVector(words).data(), environ);
     posix_spawn_file_actions_destroy(&actions);
@@ -53,7 +56,12 @@ CChildProcess::CChildProcess(const std::vector<std::string>& command) {
 CChildProcess::~CChildProcess() {
     kill(SIGKILL);
     wait();
+    closeOutput();
+}
+
+void CChildProcess::closeOutput() {
     ::close(mOutput);
+    mOutput = -1;
 }
 
 std::optional<std::string> CChildProcess::readLine(milliseconds bound) {

@@ -24,8 +24,9 @@ class CChildProcess {
   public:
     static constexpr std::chrono::milliseconds kBound{20000};
 
-    // A program built with the tests and its arguments.
-    explicit CChildProcess(const std::vector<std::string>& command);
+    // A program built with the tests and its arguments, started without the `closed` descriptors.
+    explicit CChildProcess(const std::vector<std::string>& command,
+                           const std::vector<int>& closed = {});
     CChildProcess(const CChildProcess&) = delete;
     CChildProcess& operator=(const CChildProcess&) = delete;
     ~CChildProcess();
@@ -37,6 +38,9 @@ class CChildProcess {
 
     // All lines up to the end of the output, which must come within `bound`.
     std::vector<std::string> readLines(std::chrono::milliseconds bound = kBound);
+
+    // Nobody reads the output any more.
+    void closeOutput();
 
     // Nothing to do once the process has been waited for.
     void kill(int signal);
