@@ -1,5 +1,10 @@
+#include <sys/mman.h>
+
+#include <atomic>
 #include <filesystem>
 
+#include "config/manager/hxl_config_handler.h"
+#include "host/app_config_manager.h"
 #include "support/child_process.h"
 #include "support/files.h"
 #include "support/peer.h"
@@ -141,6 +146,35 @@ TEST(Daemon, OutlivesItsTerminalAndTheReaderOfItsLinesButNotARequestToEnd) {
     EXPECT_EQ(std::nullopt, daemon.wait(milliseconds(100)));
     daemon.kill(SIGTERM);
     EXPECT_EQ(-SIGTERM, daemon.wait());
+}
+
+// Both attach at the same moment, to no segment, and use the same text from then on.
+TEST(Daemon, StartsBesideAPeerThatSetsTheIdentityAtThatMoment) {
+    writeFile(PATH, FILE_HEAD + "UNKNOWN\n");
+    void* page = mmap(nullptr, 1, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+    ASSERT_NE(MAP_FAILED, page);
+    auto& started = *new (page) std::atomic<bool>;
+    const auto end = steady_clock::now() + std::chrono::seconds(10);
+    for (int round = 0; round < 300 && steady_clock::now() < end; ++round) {
+        unlink("/dev/shm/CONF_AUTO_SAVE_MEM");
+        started = false;
+        CPeer peer([&](CPeerMemory& memory) {
+            while (!started)
+                if (!setIdentity(memory)) return false;
+            return true;
+        });
+        CPeer daemon([](CPeerMemory&) {
+            CAppConfigManager registry;
+            return registry.init() && registry.start() &&
+                   hxl_config_handler::CSingletonHxlConfigHandler::getInstance()
+                           ->getDevTypeInfo() == std::pair(2, 2);
+        });
+        peer.start();
+        const int daemonStatus = daemon.run();
+        started = true;
+        ASSERT_EQ(0, daemonStatus) << "round " << round;
+        ASSERT_EQ(0, peer.wait()) << "round " << round;
+    }
 }
 
 }  // namespace

@@ -90,7 +90,7 @@ TEST(SharedMemory, TwoWritersAndAReaderInThreeProcessesSeeWholeVectorsOnly) {
     };
     CPeer writers[] = {CPeer(writeOn), CPeer(writeOn)};
     for (CPeer& writer : writers)
-        ASSERT_TRUE(writer.start());
+        writer.start();
     unsigned int changes = 0;
     Texts last;
     while (steady_clock::now() < end) {

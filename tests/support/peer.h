@@ -25,19 +25,30 @@ struct CPeerMemory : core_utils::CSharedMemory {
 };
 
 // Forks at once, so that the test can start threads afterwards; attaches when it is told to act.
+// One that hangs is ended by SIGALRM.
 class CPeer {
   public:
     explicit CPeer(const std::function<bool(CPeerMemory&)>& action) {
         if (pipe(mEnds) != 0 || (mPid = fork()) < 0) throw std::runtime_error("no peer");
         if (mPid != 0) return;
         ::close(mEnds[1]);
+        alarm(20);
         char word = 0;
         if (read(mEnds[0], &word, 1) != 1) _exit(1);
         CPeerMemory memory;
         _exit(action(memory) ? 0 : 1);
     }
 
-    bool start() { return write(mEnds[1], "", 1) == 1; }
+    CPeer(const CPeer&) = delete;
+    CPeer& operator=(const CPeer&) = delete;
+    ~CPeer() {
+        ::close(mEnds[0]);
+        ::close(mEnds[1]);
+    }
+
+    void start() {
+        if (write(mEnds[1], "", 1) != 1) throw std::runtime_error("no peer");
+    }
 
     // 0 if the action returned true, minus the signal's number if one ended it.
     int wait() {
@@ -46,7 +57,10 @@ class CPeer {
         return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
     }
 
-    int run() { return start() ? wait() : -1; }
+    int run() {
+        start();
+        return wait();
+    }
 
   private:
     int mEnds[2] = {};
