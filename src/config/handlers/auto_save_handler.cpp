@@ -1,16 +1,29 @@
 #include "config/handlers/auto_save_handler.h"
 
 #include <algorithm>
+#include <array>
+#include <cstddef>
 #include <cstdio>
 #include <string>
 
 #include "config/handlers/poll_period.h"
 #include "config/manager/hxl_config_handler.h"
+#include "config/processors/auto_save_items.h"
 
-using hxl_config_handler::CSingletonHxlConfigHandler;
-using hxl_config_handler::PrintValues;
+using namespace hxl_config_handler;
 
 namespace {
+
+// These follow one another twice in every cycle.
+constexpr std::array<unsigned int, 2> COMPARED_TWICE = {15, 16};
+
+template <typename Default, std::size_t COUNT>
+std::vector<unsigned int> idsOf(const sAutoSaveItem<Default> (&items)[COUNT]) {
+    std::vector<unsigned int> ids;
+    for (const auto& item : items)
+        ids.push_back(static_cast<unsigned int>(item.id));
+    return ids;
+}
 
 // The stored vector's length drives the comparison: an item that was never stored is not saved,
 // and what shared memory holds beyond that length is not seen. A shorter one is a difference.
@@ -28,11 +41,12 @@ bool isChangedAndPresent(const std::vector<T>& conf, const std::vector<T>& shm) 
 }  // namespace
 
 CConfigAutoSaveHandler::CConfigAutoSaveHandler()
-    : mvecDblIndex{0, 1, 2, 3, 4, 5},
-      // 15 and 16 are compared twice in every cycle.
-      mvecSelIndex{7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 15, 16, 17, 18, 19, 20, 21, 22},
-      mvecStrIndex{24, 25} {
+    : mvecDblIndex(idsOf(NUMBER_ITEMS)),
+      mvecSelIndex(idsOf(BYTE_ITEMS)),
+      mvecStrIndex(idsOf(TEXT_ITEMS)) {
     mstrName = "ConfigAutoSaveHandler";
+    const auto last = std::find(mvecSelIndex.begin(), mvecSelIndex.end(), COMPARED_TWICE.back());
+    mvecSelIndex.insert(last + 1, COMPARED_TWICE.begin(), COMPARED_TWICE.end());
 }
 
 void CConfigAutoSaveHandler::run() {

@@ -4,7 +4,6 @@
 #include <string>
 
 #include "config/manager/hxl_config_handler.h"
-#include "config/processors/system_processor.h"
 
 using hxl_config_handler::CConfCurrentSharingData;
 using hxl_config_handler::CSingletonHxlConfigHandler;

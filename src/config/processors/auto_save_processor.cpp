@@ -5,6 +5,7 @@
 #include <stdexcept>
 #include <type_traits>
 
+#include "config/processors/auto_save_items.h"
 #include "config/processors/value_list.h"
 #include "config/records/auto_save_data.h"
 #include "shared_memory/shared_memory.h"
@@ -17,33 +18,7 @@ constexpr char FILE_NAME[] = "conf_auto_save.cfg";
 constexpr char STATUS_SECTION[] = "CONF_STATUS";
 constexpr char STATE_KEY[] = "STATE";
 
-// An item with its factory defaults for device types 1, 2 and 3.
-template <typename Default>
-struct sItem {
-    int id;  // also of its shared object
-    const char* key;
-    Default defaults[3];
-};
-
-constexpr sItem<double> NUMBER_ITEMS[] = {
-    {0, "VOL_LVL", {6.0, 20.0, 6.0}},   {1, "CUR_LVL", {6.1, 2.03, 5.1}},
-    {2, "OPP_LVL", {41.0, 41.0, 41.0}}, {3, "OVP_LVL", {36.5, 102.0, 36.0}},
-    {4, "FUS_DLY", {0.0, 0.0, 0.0}},    {5, "RMP_TME", {10.0, 10.0, 10.0}},
-};
-constexpr sItem<unsigned char> BYTE_ITEMS[] = {
-    {7, "CHF_MOD", {0, 0, 2}},  {8, "OPP_STE", {1, 1, 1}},  {9, "OVP_STE", {1, 1, 1}},
-    {10, "OVP_MOD", {1, 1, 1}}, {11, "SNS_STE", {0, 0, 0}}, {12, "LCR_MOD", {0, 0, 0}},
-    {13, "FUS_STE", {0, 0, 0}}, {14, "RMP_STE", {0, 0, 0}}, {15, "DVM_STE", {0, 0, 0}},
-    {16, "OUT_MOD", {0, 0, 0}}, {17, "NET_STE", {0, 0, 0}}, {18, "BPR_STE", {1, 1, 1}},
-    {19, "USB_MOD", {0, 0, 0}}, {20, "DSP_BRT", {5, 5, 5}}, {21, "KEY_STE", {0, 0, 0}},
-    {22, "WLAN_AC", {0, 0, 0}},
-};
-constexpr sItem<const char*> TEXT_ITEMS[] = {
-    {24, "WLAN_SSID", {"SSID", "SSID", "SSID"}},
-    {25, "WLAN_PASS", {"Tarnwell", "Tarnwell", "Tarnwell"}},
-};
-
-// What differs between the three types of items: section, table, conversion, shared object.
+// What differs between the three types of items: section, table, conversion.
 template <typename T>
 struct sGroup;
 
@@ -54,12 +29,6 @@ struct sGroup<double> {
 
     static void append(std::vector<double>& values, const std::string& piece, bool) {
         values.push_back(core_utils::toDouble(piece.c_str()));
-    }
-    static std::vector<double> get(core_utils::CSharedMemory& memory, int id) {
-        return memory.getDoubleVector(id);
-    }
-    static void set(core_utils::CSharedMemory& memory, int id, const std::vector<double>& values) {
-        memory.setDoubleVector(id, values);
     }
 };
 
@@ -78,13 +47,6 @@ struct sGroup<unsigned char> {
                              "exception catch 1 !!!!!!!!!!!!");
         }
     }
-    static std::vector<unsigned char> get(core_utils::CSharedMemory& memory, int id) {
-        return memory.getByteVector(id);
-    }
-    static void set(core_utils::CSharedMemory& memory, int id,
-                    const std::vector<unsigned char>& values) {
-        memory.setByteVector(id, values);
-    }
 };
 
 template <>
@@ -94,13 +56,6 @@ struct sGroup<std::string> {
 
     static void append(std::vector<std::string>& values, const std::string& piece, bool) {
         values.push_back(piece);
-    }
-    static std::vector<std::string> get(core_utils::CSharedMemory& memory, int id) {
-        return memory.getStringVector(id);
-    }
-    static void set(core_utils::CSharedMemory& memory, int id,
-                    const std::vector<std::string>& values) {
-        memory.setStringVector(id, values);
     }
 };
 
@@ -154,7 +109,7 @@ CConfData* CConfigAutoSaveProcessor::GetSharedMemData(int id) {
     if (mpSharedMemoryMngr == nullptr) return nullptr;
     return withTypeOf(id, [&](auto type) -> CConfData* {
         using T = decltype(type);
-        return new CConfAutoSaveData<T>(id, sGroup<T>::get(*mpSharedMemoryMngr, id));
+        return new CConfAutoSaveData<T>(id, mpSharedMemoryMngr->getVector<T>(id));
     });
 }
 
@@ -169,7 +124,7 @@ int CConfigAutoSaveProcessor::SetSharedMemData(int id, CConfData* record) {
         using T = decltype(type);
         const auto* data = dynamic_cast<CConfAutoSaveData<T>*>(record);
         if (data == nullptr) return 0;
-        sGroup<T>::set(*sharedMemory, id, data->GetValues());
+        sharedMemory->setVector(id, data->GetValues());
         return 1;
     });
 }

@@ -6,9 +6,6 @@
 
 namespace hxl_config_handler {
 
-// The item of the device string, which is also its shared object.
-inline constexpr int DEV_TYPE_ID = 48;
-
 // Stores the string as it is given. Prints every step of a save: people follow it on the console.
 class CConfigDevTypeProcessor : public CAbsConfigProcesor {
   public:

@@ -7,10 +7,6 @@
 
 namespace hxl_config_handler {
 
-// The items of the file, which are also their shared objects.
-inline constexpr int SERVICE_SETTING_ID = 27;
-inline constexpr int DRIFT_CORRECTION_ID = 28;
-
 // Reads the sections of the unit's own variant and publishes them; never writes the file.
 class CConfigDevVarSystemProcessor : public CAbsConfigProcesor {
   public:

@@ -6,10 +6,6 @@
 
 namespace hxl_config_handler {
 
-// The items of the file, which are also their shared objects.
-inline constexpr int CURRENT_SHARING_ID = 29;
-inline constexpr int CHN_FW_VERSION_ID = 30;
-
 inline constexpr char SYSTEM_FILE_NAME[] = "system_config.cfg";
 
 // Reads the file once and publishes its items; never writes it.

@@ -8,6 +8,9 @@
 
 namespace hxl_config_handler {
 
+// The item, which is also its shared object.
+inline constexpr int CHN_FW_VERSION_ID = 30;
+
 class CConfChnFwVersionData : public CConfTextData {
   public:
     explicit CConfChnFwVersionData(int id, const std::string& text = {})

@@ -6,6 +6,9 @@
 
 namespace hxl_config_handler {
 
+// The item, which is also its shared object.
+inline constexpr int CURRENT_SHARING_ID = 29;
+
 struct sCurrentSharing {
     double dDominantPart;
     double dSupportingPart;

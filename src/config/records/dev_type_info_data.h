@@ -8,6 +8,9 @@
 
 namespace hxl_config_handler {
 
+// The item, which is also its shared object.
+inline constexpr int DEV_TYPE_ID = 48;
+
 class CConfDevTypeInfoData : public CConfTextData {
   public:
     explicit CConfDevTypeInfoData(int id, const std::string& text = {})

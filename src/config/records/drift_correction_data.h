@@ -6,12 +6,16 @@
 
 namespace hxl_config_handler {
 
+// The item, which is also its shared object.
+inline constexpr int DRIFT_CORRECTION_ID = 28;
+
 // Eight numbers: the flag to apply the correction, its factor and the factor's divisor, maximum
 // temperature (degrees Celsius) and current (A), minimum and maximum voltage error and the
 // subtracted voltage (V).
 class CConfDriftCorrectionData : public CConfNumbersData<double, 8> {
   public:
-    explicit CConfDriftCorrectionData(int id) : CConfDriftCorrectionData(id, {28, "DEF"}) {}
+    explicit CConfDriftCorrectionData(int id)
+        : CConfDriftCorrectionData(id, {DRIFT_CORRECTION_ID, "DEF"}) {}
     CConfDriftCorrectionData(int id, const CConfAutoSaveDataDbl& dblData)
         : CConfNumbersData(id, "CConfDriftCorrectionData", dblData) {}
 };

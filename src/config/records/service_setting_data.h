@@ -6,6 +6,9 @@
 
 namespace hxl_config_handler {
 
+// The item, which is also its shared object.
+inline constexpr int SERVICE_SETTING_ID = 27;
+
 // Eleven single-precision numbers: over-temperature threshold, fan thresholds of current and
 // power, then minimum and maximum of fan control and of PWM duty (percent), first in service mode
 // and then in normal operation.
@@ -13,7 +16,7 @@ class CConfServiceSetingData : public CConfNumbersData<float, 11> {
   public:
     // The two keys differ: the key shows which constructor made the record.
     explicit CConfServiceSetingData(int id)
-        : CConfNumbersData(id, "CConfServiceSetingData", {27, "DEF"}) {}
+        : CConfNumbersData(id, "CConfServiceSetingData", {SERVICE_SETTING_ID, "DEF"}) {}
     CConfServiceSetingData(int id, const CConfAutoSaveDataDbl& dblData)
         : CConfNumbersData(id, "CServiceSetingData", dblData) {}
 };
