@@ -34,32 +34,12 @@ const sPresetMemory& memoryOf(int recordId) {
     return NO_PRESET_MEMORY;
 }
 
-// Defaults for device types 1, 2 and 3, the same for both channels, in block order.
-constexpr float DEFAULT_NUMBERS[][3] = {
-    {6.0F, 20.0F, 6.0F},   {6.05F, 2.03F, 5.1F},  {36.5F, 102.0F, 36.0F},
-    {41.0F, 41.0F, 62.0F}, {10.0F, 10.0F, 10.0F}, {0.0F, 0.0F, 0.0F},
-    {6.0F, 20.0F, 6.0F},   {6.05F, 2.03F, 6.05F},  // the combined channels of type 3 keep the limit
-                                                   // of type 1
-};
-constexpr unsigned char DEFAULT_STATES[] = {0, 0, 1, 1, 1, 0, 0, 0, 0};
-
-// Zeros for an unknown device type.
-sPresetBlock defaultsOf(int devType) {
-    sPresetBlock block{};
-    if (devType < 1 || devType > 3) return block;
-    const auto* number = DEFAULT_NUMBERS;
-    for (const auto& setting : PRESET_NUMBERS) {
-        const float value = (*number++)[devType - 1];
-        for (float& channel : block.*setting.values)
-            channel = value;
+template <typename T, std::size_t COUNT>
+void setDefaults(sPresetBlock& block, const sPresetSetting<T> (&settings)[COUNT], int devType) {
+    for (const auto& setting : settings) {
+        for (T& channel : block.*setting.values)
+            channel = setting.defaults[devType - 1];
     }
-    const auto* state = DEFAULT_STATES;
-    for (const auto& setting : PRESET_STATES) {
-        for (unsigned char& channel : block.*setting.values)
-            channel = *state;
-        ++state;
-    }
-    return block;
 }
 
 void convert(const std::string& piece, float& value) {
@@ -117,10 +97,15 @@ int CConfigPresetProcessor::LoadConfigFile() {
 }
 
 int CConfigPresetProcessor::LoadDefaults() {
-    const sPresetBlock block = defaultsOf(getDevTypeInfo().first);
+    const int devType = getDevTypeInfo().first;
     for (const auto& [id, entry] : mMapConfData) {
         auto* record = dynamic_cast<CConfPresetData*>(entry.get());
         if (record == nullptr) continue;
+        sPresetBlock block = record->GetPresetBlock();
+        if (devType >= 1 && devType <= 3) {
+            setDefaults(block, PRESET_NUMBERS, devType);
+            setDefaults(block, PRESET_STATES, devType);
+        }
         record->SetPresetBlock(block);
         publishPreset(id, *record);
     }

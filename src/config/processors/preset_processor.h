@@ -17,7 +17,8 @@ class CConfigPresetProcessor : public CAbsConfigProcesor {
     // A setting whose key is missing is 0 on both channels.
     int LoadConfigFile() override;
 
-    // Fills records and shared memory, not the file.
+    // Fills records and shared memory, not the file. On an unknown device type each record keeps
+    // its block, which is published as it is.
     int LoadDefaults() override;
     int Initialise() override;
     CConfData* GetConfData(int id) override { return getRecord(id); }

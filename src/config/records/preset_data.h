@@ -33,29 +33,31 @@ template <typename T>
 struct sPresetSetting {
     const char* key;  // in the preset file
     T (sPresetBlock::*values)[2];
+    T defaults[3];  // from the factory, for device types 1, 2 and 3, the same for both channels
 };
 
 // The settings in block order, which is their order in the two shared objects of a preset too.
 inline constexpr sPresetSetting<float> PRESET_NUMBERS[] = {
-    {"VoltageSet", &sPresetBlock::fVoltageSet},
-    {"CurrentSet", &sPresetBlock::fCurrentSet},
-    {"OvpVoltSet", &sPresetBlock::fOvpVoltSet},
-    {"OppPwrSet", &sPresetBlock::fOppPwrSet},
-    {"EasyRampTime", &sPresetBlock::fEasyRampTime},
-    {"FuseDelay", &sPresetBlock::fFuseDelay},
-    {"ChFusionVoltageSet", &sPresetBlock::fChFusionVoltageSet},
-    {"ChFusionCurrentSet", &sPresetBlock::fChFusionCurrentSet},
+    {"VoltageSet", &sPresetBlock::fVoltageSet, {6.0F, 20.0F, 6.0F}},
+    {"CurrentSet", &sPresetBlock::fCurrentSet, {6.05F, 2.03F, 5.1F}},
+    {"OvpVoltSet", &sPresetBlock::fOvpVoltSet, {36.5F, 102.0F, 36.0F}},
+    {"OppPwrSet", &sPresetBlock::fOppPwrSet, {41.0F, 41.0F, 62.0F}},
+    {"EasyRampTime", &sPresetBlock::fEasyRampTime, {10.0F, 10.0F, 10.0F}},
+    {"FuseDelay", &sPresetBlock::fFuseDelay, {0.0F, 0.0F, 0.0F}},
+    {"ChFusionVoltageSet", &sPresetBlock::fChFusionVoltageSet, {6.0F, 20.0F, 6.0F}},
+    // Type 3 has the limit of type 1 here.
+    {"ChFusionCurrentSet", &sPresetBlock::fChFusionCurrentSet, {6.05F, 2.03F, 6.05F}},
 };
 inline constexpr sPresetSetting<unsigned char> PRESET_STATES[] = {
-    {"FuseState", &sPresetBlock::ucFuseState},
-    {"FuseLinkSet", &sPresetBlock::ucFuseLinkSet},
-    {"SrcPwrProtState", &sPresetBlock::ucSrcPwrProtState},
-    {"SrcVolProtState", &sPresetBlock::ucSrcVolProtState},
-    {"OvpMode", &sPresetBlock::ucOvpMode},
-    {"EasyRampState", &sPresetBlock::ucEasyRampState},
-    {"RemoteSense", &sPresetBlock::ucRemoteSense},
-    {"CurrRange", &sPresetBlock::ucCurrRange},
-    {"ChnConnMode", &sPresetBlock::ucChnConnMode},
+    {"FuseState", &sPresetBlock::ucFuseState, {0, 0, 0}},
+    {"FuseLinkSet", &sPresetBlock::ucFuseLinkSet, {0, 0, 0}},
+    {"SrcPwrProtState", &sPresetBlock::ucSrcPwrProtState, {1, 1, 1}},
+    {"SrcVolProtState", &sPresetBlock::ucSrcVolProtState, {1, 1, 1}},
+    {"OvpMode", &sPresetBlock::ucOvpMode, {1, 1, 1}},
+    {"EasyRampState", &sPresetBlock::ucEasyRampState, {0, 0, 0}},
+    {"RemoteSense", &sPresetBlock::ucRemoteSense, {0, 0, 0}},
+    {"CurrRange", &sPresetBlock::ucCurrRange, {0, 0, 0}},
+    {"ChnConnMode", &sPresetBlock::ucChnConnMode, {0, 0, 0}},
 };
 
 // Owns a doubles and a bytes record with copies of the values it was made from; they are what
