@@ -7,6 +7,7 @@
 #include <time.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdint>
 #include <stdexcept>
 
@@ -64,8 +65,21 @@ void waitForCreator(const CSegmentFile& file) {
 
 void requireRoom(std::size_t size) {
     struct statvfs space {};
-    if (statvfs(SHARED_MEMORY_FOLDER, &space) != 0) return;
+    // No blocks at all: the file system has no limit but the memory itself.
+    if (statvfs(SHARED_MEMORY_FOLDER, &space) != 0 || space.f_blocks == 0) return;
     if (space.f_bavail * space.f_bsize < size) throw std::runtime_error("no room to create it");
+}
+
+// Not posix_fallocate(): where the file system cannot reserve, a C library may write zeros instead,
+// over what peers store at that moment. Such a file system has no limit to run into either.
+void reservePages(const CSegmentFile& file) {
+    int result = 0;
+    do {
+        result = fallocate(file.descriptor(), 0, 0, static_cast<off_t>(file.size()));
+    } while (result != 0 && errno == EINTR);
+    if (result != 0 && errno != EOPNOTSUPP) {
+        throw std::runtime_error("no room for all of its pages");
+    }
 }
 
 }  // namespace
@@ -84,9 +98,7 @@ void checkAfterAttaching(const std::string& name, std::size_t size) {
     if (!file.exists() || file.size() < size || file.size() - size > LARGEST_PREFIX) {
         throw std::runtime_error("its header says another size");
     }
-    if (posix_fallocate(file.descriptor(), 0, static_cast<off_t>(file.size())) != 0) {
-        throw std::runtime_error("no room for all of its pages");
-    }
+    reservePages(file);
 }
 
 }  // namespace core_utils

@@ -13,9 +13,10 @@ namespace core_utils {
 // std::runtime_error: attaching would wait for ever, or creating would end in SIGBUS.
 void checkBeforeAttaching(const std::string& name, std::size_t size);
 
-// After attaching. Gives every page of the segment its memory now, so that no later write to a
-// full file system ends in SIGBUS, and makes sure that the segment really has the `size` bytes
-// that its header claims, and not many more. Throws std::runtime_error if not.
+// After attaching. Makes sure that the segment really has the `size` bytes that its header claims,
+// and not many more, and gives every page its memory now: a later write to a full file system
+// would end in SIGBUS. What a peer cuts off while the segment is attached still does. Throws
+// std::runtime_error if the sizes differ or memory is short.
 void checkAfterAttaching(const std::string& name, std::size_t size);
 
 }  // namespace core_utils

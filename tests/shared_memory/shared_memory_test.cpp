@@ -16,8 +16,8 @@ using namespace support;
 using core_utils::CSharedMemory;
 using core_utils::SegmentString;
 
-constexpr char kFile[] = "/dev/shm/CONF_AUTO_SAVE_MEM";
-constexpr char kOpenFailed[] =
+constexpr char SEGMENT_FILE[] = "/dev/shm/CONF_AUTO_SAVE_MEM";
+constexpr char OPEN_FAILED[] =
     "exception encountered opening shared memory [CONF_AUTO_SAVE_MEM] \n";
 
 TEST(SharedMemory, TwoProcessesExchangeVectorsOfAllThreeTypes) {
@@ -25,7 +25,7 @@ TEST(SharedMemory, TwoProcessesExchangeVectorsOfAllThreeTypes) {
     umask(077);
     CSharedMemory memory(false);
     struct stat status {};
-    ASSERT_EQ(0, stat(kFile, &status));
+    ASSERT_EQ(0, stat(SEGMENT_FILE, &status));
     EXPECT_EQ(1310720, status.st_size);
     EXPECT_EQ(0644U, status.st_mode & 0777U) << "whatever the umask of the first process";
 
@@ -106,7 +106,7 @@ TEST(SharedMemory, TwoWritersAndAReaderInThreeProcessesSeeWholeVectorsOnly) {
     }
     for (CPeer& writer : writers)
         EXPECT_EQ(0, writer.wait());
-    EXPECT_GT(changes, 100U);
+    EXPECT_GT(changes, 10U);
 }
 
 TEST(SharedMemory, FullSegmentFailsTheWriteAndNothingElse) {
@@ -154,6 +154,7 @@ TEST(SharedMemory, ForeignObjectsAreNotReadNotWrittenAndEndNothing) {
             .first;
     std::memset(static_cast<void*>(&texts->at(1)), 0x5A, sizeof(SegmentString));
     EXPECT_TRUE(memory.getStringVector(24).empty()) << "a text that is no text";
+    EXPECT_EQ("BOOST VCTR STR IS EMPTY \n", printedBy([&] { memory.setStringVector(24, {"c"}); }));
 
     memory.setDoubleVector(0, {1.0, 2.0});
     auto* words = memory.mpSharedMemory->find<std::ptrdiff_t>("VOLTAGE_DATA_MEM").first;
@@ -167,10 +168,10 @@ TEST(SharedMemory, UnfinishedSegmentFailsToOpenInBoundedTimeAndTheInstanceOnlyFa
     const std::string zeros(1310719, '\0');
     const std::string left[] = {"", "\3", '\0' + zeros, '\1' + zeros, '\2' + zeros};
     for (const std::string& bytes : left) {
-        writeFile(kFile, bytes);
+        writeFile(SEGMENT_FILE, bytes);
         const auto begin = std::chrono::steady_clock::now();
         std::unique_ptr<CSharedMemory> memory;
-        EXPECT_EQ(kOpenFailed, printedBy([&] { memory = std::make_unique<CSharedMemory>(false); }));
+        EXPECT_EQ(OPEN_FAILED, printedBy([&] { memory = std::make_unique<CSharedMemory>(false); }));
         EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(4));
         EXPECT_TRUE(memory->getDoubleVector(0).empty());
         EXPECT_FALSE(memory->setStringVector(24, {"a"}) || CSharedMemory::createIntVal(1) ||
@@ -178,18 +179,39 @@ TEST(SharedMemory, UnfinishedSegmentFailsToOpenInBoundedTimeAndTheInstanceOnlyFa
     }
 }
 
-TEST(SharedMemory, SegmentsOfOtherSizesAndNoRoomForOne) {
-    CPeer creator([](CPeerMemory&) { return truncate(kFile, 65536) == 0; });
+TEST(SharedMemory, SegmentsOfOtherSizes) {
+    CPeer creator([](CPeerMemory&) { return truncate(SEGMENT_FILE, 65536) == 0; });
     EXPECT_EQ(0, creator.run());
-    EXPECT_EQ(kOpenFailed, printedBy([] { CSharedMemory(false); })) << "cut short";
+    EXPECT_EQ(OPEN_FAILED, printedBy([] { CSharedMemory(false); })) << "cut short";
 
-    std::filesystem::remove(kFile);
+    std::filesystem::remove(SEGMENT_FILE);
     core_utils::Segment(boost::interprocess::create_only, "CONF_AUTO_SAVE_MEM", 65536);
     EXPECT_TRUE(CSharedMemory(false).setDoubleVector(0, {1.0})) << "used as it is";
-    EXPECT_EQ(65536U, std::filesystem::file_size(kFile));
+    EXPECT_EQ(65536U, std::filesystem::file_size(SEGMENT_FILE));
+}
 
-    ASSERT_EQ(0, mount("tmpfs", "/dev/shm", "tmpfs", 0, "size=64k"));
-    EXPECT_EQ(kOpenFailed, printedBy([] { CSharedMemory(false); })) << "no room";
+TEST(SharedMemory, AnyMemoryFileSystemWithRoomServes) {
+    const struct {
+        const char* type;
+        const char* options;
+        bool hasRoom;
+    } fileSystems[] = {{"ramfs", "", true},
+                       {"tmpfs", "size=0", true},
+                       {"tmpfs", "size=1310720", true},
+                       {"tmpfs", "size=1m", false}};
+    for (const auto& row : fileSystems) {
+        ASSERT_EQ(0, mount(row.type, "/dev/shm", row.type, 0, row.options));
+        const std::string failure = row.hasRoom ? "" : OPEN_FAILED;
+        EXPECT_EQ(failure, printedBy([] { CSharedMemory(false); })) << row.options;
+        EXPECT_EQ(row.hasRoom, std::filesystem::exists(SEGMENT_FILE)) << row.options;
+    }
+}
+
+TEST(SharedMemory, SegmentWithoutMemoryForItsPagesIsRefused) {
+    ASSERT_EQ(0, mount("tmpfs", "/dev/shm", "tmpfs", 0, "size=1400k"));
+    core_utils::Segment(boost::interprocess::create_only, "CONF_AUTO_SAVE_MEM", 1310720);
+    writeFile("/dev/shm/other", std::string(300000, 'x'));
+    EXPECT_EQ(OPEN_FAILED, printedBy([] { CSharedMemory(false); }));
 }
 
 TEST(SharedMemory, PeerKilledWithTheMutexCostsATimeOutNotAHang) {
@@ -201,11 +223,13 @@ TEST(SharedMemory, PeerKilledWithTheMutexCostsATimeOutNotAHang) {
     });
     EXPECT_EQ(-SIGKILL, peer.run());
     Doubles out;
+    const auto begin = std::chrono::steady_clock::now();
     auto reading = std::async(std::launch::async, [&] {
         return CSharedMemory::readDoubleVector("VOLTAGE_DATA_MEM", out);
     });
     EXPECT_FALSE(memory.setByteVector(7, {1}));
     EXPECT_FALSE(reading.get());
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(5));
 }
 
 }  // namespace
