@@ -26,6 +26,9 @@ const std::string WRITING =
     "!!!!!!!!!!!!! OPEN CHECK DONE!!!!!!!!!!!!!! \n!!!!!!!!!!!!! WRTING !!!!!!!!!!!!!! \n"
     "!!!!!!!!!!!!! WRTING bResult : ";
 const std::string IDENTITY = "Dev Type 2 Chn Count : 2 \n";
+const std::string NO_KEY =
+    "[CFileConfig::read str] FAILED to read [PROCESSED_DEV_INFORMATION]:[DEV_INFORMATION]\n"
+    "bReul : 0 \n";
 const std::string NO_FILE = "failed to open dev type\n";
 
 // One line at a time: each must come without the next one pushing it out.
@@ -85,6 +88,17 @@ TEST(Daemon, IdentityThatComesLaterIsRecordedForTheNextStart) {
     daemon.wait();
     CChildProcess next({APP_CONFIG_MANAGER});
     expectLines(next, BANNER + IDENTITY);
+}
+
+// A board as delivered: what a quicker peer has published must not be covered by what no file says.
+TEST(Daemon, FirstStartTakesTheIdentityThatAPeerPublishedBeforeIt) {
+    const std::string shipped = readFile(TEST_DEPLOY_DIR + PATH);
+    writeFile(PATH, shipped);
+    publishIdentity();
+    CChildProcess daemon({APP_CONFIG_MANAGER});
+    expectLines(daemon, BANNER + NO_KEY + IDENTITY);
+    expectQuietLife(daemon);
+    EXPECT_EQ(shipped, readFile(PATH)) << "known at once is not written";
 }
 
 TEST(Daemon, WithoutItsFileItWaitsForTheIdentityAllTheSame) {
