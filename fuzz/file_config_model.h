@@ -1,5 +1,5 @@
 // A second configuration file class: the same operations on a string of the file's bytes, slow
-// and simple. The random test and the fuzzer compare the real one with it, step by step.
+// and simple. The fuzzer compares the real one with it, step by step.
 #ifndef FUZZ_FILE_CONFIG_MODEL_H
 #define FUZZ_FILE_CONFIG_MODEL_H
 
@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-namespace support {
+namespace fuzz {
 
 class CFileConfigModel {
   public:
@@ -183,7 +183,7 @@ class CFileConfigModel {
     bool mOpen = false;
 };
 
-constexpr const char* kFileActions[] = {"close",     "open",      "remove",     "read raw",
+constexpr const char* FILE_ACTIONS[] = {"close",     "open",      "remove",     "read raw",
                                         "read int",  "read text", "read float", "read double",
                                         "write raw", "write int", "write text", "write double"};
 
@@ -238,6 +238,6 @@ std::string perform(File& file, const std::string& path, const sFileOperation& c
     }
 }
 
-}  // namespace support
+}  // namespace fuzz
 
 #endif

@@ -23,8 +23,8 @@ using core_logger::CLogSinkFile;
 using support::printedBy;
 using support::readFile;
 
-const std::string kDirectory = "/dev/shm/log/deep";
-const std::string kHeader = "\n9/9/9 9:9:9 : Log Created ";
+const std::string DIRECTORY = "/dev/shm/log/deep";
+const std::string HEADER = "\n9/9/9 9:9:9 : Log Created ";
 
 std::string local(const char* format, int daysAgo = 0) {
     const time_t when = time(nullptr) - time_t{86400} * daysAgo;
@@ -32,7 +32,7 @@ std::string local(const char* format, int daysAgo = 0) {
     return {text, std::strftime(text, sizeof text, format, std::localtime(&when))};
 }
 
-const std::string kPath = kDirectory + local("/MaintLogger_%Y%m%d.log");
+const std::string PATH = DIRECTORY + local("/MaintLogger_%Y%m%d.log");
 
 // With one 9 for each number.
 std::string masked(std::string text) {
@@ -57,29 +57,38 @@ using Logger = LogSinkFile;
 // Nobody stops this logger: its worker still runs when the program ends.
 TEST_F(Logger, WritesADatedFileWithOneLineForEachLostLookup) {
     EXPECT_FALSE(mLogger.log(new CLogEvent(1, 4, "Module", "before the start")));
-    ASSERT_TRUE(mLogger.start(kDirectory, 100000) && mLogger.addLogSink(CLogger::SINK_FILE));
+    ASSERT_TRUE(mLogger.start(DIRECTORY, 100000) && mLogger.addLogSink(CLogger::SINK_FILE));
     support::writeFile(support::configPath("test.cfg"), "[Sec]\n");
     core_utils::CFileConfig file;
     ASSERT_TRUE(file.open(support::configPath("test.cfg"), "rb"));
-    const auto miss = [&](const char* key, auto value) { file.read("Sec", key, value); };
-    miss("off", std::string());
+    const auto miss = [&](const char* key, auto value) {
+        const auto before = value;
+        const std::string printed = printedBy([&] { EXPECT_FALSE(file.read("Sec", key, value)); });
+        EXPECT_EQ(before, value);
+        return printed.substr(0, printed.find(']')) + " " + key;
+    };
+    EXPECT_EQ("[CFileConfig::read str off", miss("off", "5"s));
     mLogger.setLevel(4);
-    miss("int", 0);
-    miss("str", std::string());
-    miss("float", 0.0F);
-    miss("double", 0.0);
+    EXPECT_EQ("[CFileConfig::read int int", miss("int", 5));
+    EXPECT_EQ("[CFileConfig::read str str", miss("str", "5"s));
+    EXPECT_EQ("[CFileConfig::read int float", miss("float", 5.0F));
+    EXPECT_EQ("[CFileConfig::read int double", miss("double", 5.0));
+    EXPECT_EQ("[CFileConfig::read int] FAILED to read [Sec]:[None]\n", printedBy([&] {
+                  int none;
+                  file.read("Sec", "None", none);
+              }));
     char thread[16];
     std::snprintf(thread, sizeof thread, "0x%X", static_cast<unsigned int>(pthread_self()));
-    std::string expected = kHeader;
+    std::string expected = HEADER;
     for (const char* key : {"str", "float", "double"})
         expected += std::string("\n[9/9/9 9:9:9.9] :[CFileConfig], [9], [ERR], [TID:") + thread +
                     "] read FAILED to read [Sec]:[" + key + "]";
-    EXPECT_TRUE(support::waitUntil([&] { return masked(readFile(kPath)) == masked(expected); }));
+    EXPECT_TRUE(support::waitUntil([&] { return masked(readFile(PATH)) == masked(expected); }));
 }
 
 TEST_F(LogSinkFile, LineShowsTheEventAndIsCut) {
-    ASSERT_TRUE(mSink.initialise(kDirectory, 10000));
-    std::string expected = readFile(kPath);
+    ASSERT_TRUE(mSink.initialise(DIRECTORY, 10000));
+    std::string expected = readFile(PATH);
     unsigned int level = 0;
     for (const char* name : {"-", "DBG", "INF", "WRN", "ERR", "-"}) {
         const auto event = makeEvent(level++, std::string(300, 't'));
@@ -90,7 +99,7 @@ TEST_F(LogSinkFile, LineShowsTheEventAndIsCut) {
                                  "], [42], [" + name + "], " + event->getMessage();
         expected += line.substr(0, 256);
     }
-    EXPECT_EQ(expected, readFile(kPath));
+    EXPECT_EQ(expected, readFile(PATH));
     setenv("TZ", "XYZ-5:30", 1);
     EXPECT_TRUE(support::waitUntil([] {
         const std::string stamp = makeEvent()->getTimestamp();
@@ -104,25 +113,25 @@ TEST_F(LogSinkFile, SwitchesTheLoggerOffWhenItsFileIsFull) {
         const bool fits = maxSize == 36;
         mLogger.setLevel(1);
         EXPECT_EQ(fits ? "" : full,
-                  printedBy([&] { EXPECT_TRUE(mSink.initialise(kDirectory, maxSize)); }));
+                  printedBy([&] { EXPECT_TRUE(mSink.initialise(DIRECTORY, maxSize)); }));
         EXPECT_EQ(fits ? 1U : 5U, mLogger.getLevel());
         EXPECT_EQ(full + "CLogSinkFile::mbIsInitialised false\n", printedBy([&] {
                       mSink.handleEvent(makeEvent());
                       mSink.handleEvent(makeEvent());
                   }));
         EXPECT_EQ(5U, mLogger.getLevel());
-        EXPECT_EQ(fits ? kHeader : "", masked(readFile(kPath)));
+        EXPECT_EQ(fits ? HEADER : "", masked(readFile(PATH)));
     }
 }
 
 TEST_F(LogSinkFile, SaysWhyNothingIsWritten) {
     EXPECT_FALSE(mSink.initialise(std::string(257, 'd'), 10000));
-    EXPECT_EQ("ERROR : CLogger OPEN [/dev/full" + kPath.substr(kDirectory.size()) + "]\n",
+    EXPECT_EQ("ERROR : CLogger OPEN [/dev/full" + PATH.substr(DIRECTORY.size()) + "]\n",
               printedBy([&] { EXPECT_FALSE(mSink.initialise("/dev/full", 10000)); }));
-    ASSERT_EQ(0, mkdir("/dev/shm/log", 0700) + mkdir(kDirectory.c_str(), 0700) +
-                     symlink("/dev/full", kPath.c_str()));
+    ASSERT_EQ(0, mkdir("/dev/shm/log", 0700) + mkdir(DIRECTORY.c_str(), 0700) +
+                     symlink("/dev/full", PATH.c_str()));
     EXPECT_EQ("ERROR : CLogger WRITE to filen\n",
-              printedBy([&] { EXPECT_TRUE(mSink.initialise(kDirectory, 10000)); }));
+              printedBy([&] { EXPECT_TRUE(mSink.initialise(DIRECTORY, 10000)); }));
     EXPECT_EQ("ERROR : CLogger  WRITE to file\n\nERROR : CLogger close file ",
               printedBy([&] { mSink.handleEvent(makeEvent()); }));
 }
@@ -131,21 +140,21 @@ TEST_F(LogSinkFile, HouseKeepingDeletesWhatIsOlderThanTheCutOffDate) {
     unsigned int deleted = 9;
     unsigned int failed = 9;
     EXPECT_FALSE(mSink.houseKeep(30, deleted, failed)) << "no file is open";
-    ASSERT_TRUE(mSink.initialise(kDirectory, 10000));
+    ASSERT_TRUE(mSink.initialise(DIRECTORY, 10000));
     const std::vector<std::string> old = {local("/MaintLogger_%Y%m%d.log", 31),
                                           local("/x%Y%m%d.log", 31), "/note.00000000.txt"};
     const std::vector<std::string> kept = {local("/MaintLogger_%Y%m%d.log", 30),
                                            local("/%Y%m%d.log", 31), "/MaintLogger_20000101_log"};
     for (const auto& names : {old, kept})
         for (const std::string& name : names)
-            support::writeFile(kDirectory + name, "");
+            support::writeFile(DIRECTORY + name, "");
     for (const char* name : {"/MaintLogger_20000101.log", "/MaintLogger_29990101.log"})
-        ASSERT_EQ(0, mkdir((kDirectory + name).c_str(), 0700));
+        ASSERT_EQ(0, mkdir((DIRECTORY + name).c_str(), 0700));
     EXPECT_TRUE(mSink.houseKeep(30, deleted, failed));
     EXPECT_EQ(old.size(), deleted);
     EXPECT_EQ(1U, failed) << "the old directory";
     for (const std::string& name : kept)
-        EXPECT_EQ(0, access((kDirectory + name).c_str(), F_OK)) << name;
+        EXPECT_EQ(0, access((DIRECTORY + name).c_str(), F_OK)) << name;
     EXPECT_EQ("raw time < days duration secon per day\n",
               printedBy([&] { EXPECT_FALSE(mSink.houseKeep(0x7FFFFFFF, deleted, failed)); }));
 }
@@ -165,7 +174,7 @@ TEST_F(Logger, HasOneSinkAtATimeAndSaysWhenItHasNone) {
               printedBy([&] { EXPECT_FALSE(mLogger.removeLogSink()); }));
     EXPECT_EQ("CLogger: addLogSink failed \n",
               printedBy([&] { EXPECT_FALSE(mLogger.addLogSink(CLogger::SINK_FILE)); }));
-    ASSERT_TRUE(mLogger.start(kDirectory, 10000) && mLogger.addLogSink(CLogger::SINK_SLOG));
+    ASSERT_TRUE(mLogger.start(DIRECTORY, 10000) && mLogger.addLogSink(CLogger::SINK_SLOG));
     EXPECT_EQ("CLogSinkSlog:: Event not handled 2147483649\n", printedOfOneEvent());
     EXPECT_TRUE(mLogger.addLogSink(CLogger::SINK_STD));
     EXPECT_EQ("", printedOfOneEvent()) << "the earlier sink gets nothing";
@@ -173,8 +182,8 @@ TEST_F(Logger, HasOneSinkAtATimeAndSaysWhenItHasNone) {
     EXPECT_EQ("CLogger: addLogSink failed \n",
               printedBy([&] { EXPECT_FALSE(mLogger.addLogSink(4)); }));
     EXPECT_EQ("", printedOfOneEvent());
-    EXPECT_EQ(kHeader + "\n[9/9/9 9:9:9.9] :[" + std::string(31, 'M') + "], [9], [DBG], message",
-              masked(readFile(kPath)));
+    EXPECT_EQ(HEADER + "\n[9/9/9 9:9:9.9] :[" + std::string(31, 'M') + "], [9], [DBG], message",
+              masked(readFile(PATH)));
     EXPECT_TRUE(mLogger.houseKeep(30) && mLogger.removeLogSink());
     EXPECT_FALSE(mLogger.publish(makeEvent()));
     EXPECT_EQ("mpLogSink empy \n", printedBy([&] { EXPECT_FALSE(mLogger.houseKeep(1)); }));

@@ -17,10 +17,10 @@ using core_utils::CFileSystem;
 using support::readFile;
 using support::writeFile;
 
-const std::string kRoot = "/dev/shm/";  // empty for each test
+const std::string ROOT = "/dev/shm/";  // empty for each test
 
 TEST(FileSystem, CopyRefusesCleanlyAndLeavesTheDestinationAlone) {
-    ASSERT_EQ(0, chdir(kRoot.c_str()));
+    ASSERT_EQ(0, chdir(ROOT.c_str()));
     EXPECT_TRUE(CFileSystem::makeDirectory("dir"));
     EXPECT_TRUE(CFileSystem::makeDirectory("dir")) << "it exists already";
     const int huge = open("huge", O_CREAT | O_WRONLY, 0600);
@@ -45,12 +45,12 @@ TEST(FileSystem, CopyRefusesCleanlyAndLeavesTheDestinationAlone) {
 }
 
 TEST(FileSystem, MakesEveryDirectoryOfAPath) {
-    ASSERT_EQ(0, chdir(kRoot.c_str()));
-    const std::string longest = kRoot + std::string(246, 'd');
+    ASSERT_EQ(0, chdir(ROOT.c_str()));
+    const std::string longest = ROOT + std::string(246, 'd');
     EXPECT_FALSE(CFileSystem::makeDirectoryPath("") ||
                  CFileSystem::makeDirectoryPath(longest + "e"));
     EXPECT_TRUE(CFileSystem::makeDirectoryPath("/dev/full/below")) << "as far as it gets";
-    for (std::string path : {"a\\b/c"s, kRoot + "x//y/", "\\relative"s, longest}) {
+    for (std::string path : {"a\\b/c"s, ROOT + "x//y/", "\\relative"s, longest}) {
         EXPECT_TRUE(CFileSystem::makeDirectoryPath(path)) << path;
         std::replace(path.begin(), path.end(), '\\', '/');
         if (path == "/relative") path.erase(0, 1);
@@ -61,22 +61,21 @@ TEST(FileSystem, MakesEveryDirectoryOfAPath) {
 TEST(FileSystem, FinderDescribesEachMatchAndPrintsWhyThereIsNone) {
     core_utils::CFileFind finder;
     core_utils::sFoundFile found = {};
-    const std::string deep = kRoot + std::string(200, 'd') + "/";
-    ASSERT_TRUE(CFileSystem::makeDirectory(kRoot + "b.dir") && CFileSystem::makeDirectory(deep));
-    for (const std::string& path : {kRoot + "a.txt", kRoot + "c.txt", deep + std::string(60, 'f')})
+    const std::string deep = ROOT + std::string(200, 'd') + "/";
+    ASSERT_TRUE(CFileSystem::makeDirectory(ROOT + "b.dir") && CFileSystem::makeDirectory(deep));
+    for (const std::string& path : {ROOT + "a.txt", ROOT + "c.txt", deep + std::string(60, 'f')})
         writeFile(path, "");
-    ASSERT_EQ(0,
-              chmod((kRoot + "c.txt").c_str(), 0444) + symlink("none", (kRoot + "z.lnk").c_str()));
+    ASSERT_EQ(0, chmod((ROOT + "c.txt").c_str(), 0444) + symlink("none", (ROOT + "z.lnk").c_str()));
     std::string all;
-    for (bool more = finder.findFirstFile(kRoot + "[abc].*", found); more;
+    for (bool more = finder.findFirstFile(ROOT + "[abc].*", found); more;
          more = finder.findNextFile(found))
-        all += std::string(found.szPath).substr(kRoot.size()) + (found.bDirectory ? " dir" : "") +
+        all += std::string(found.szPath).substr(ROOT.size()) + (found.bDirectory ? " dir" : "") +
                (found.bReadOnly ? " read-only" : "") + "\n";
     EXPECT_EQ("a.txt\nb.dir/ dir\nc.txt read-only\n", all);
     EXPECT_FALSE(finder.findNextFile(found)) << "once past the end";
 
     int error = 0;
-    for (const std::string& pattern : {kRoot + "*.none", deep + "*", kRoot + "*.lnk"})
+    for (const std::string& pattern : {ROOT + "*.none", deep + "*", ROOT + "*.lnk"})
         EXPECT_EQ("CFileFind::findFirstFile error " + std::to_string(++error) + "\n",
                   support::printedBy([&] { EXPECT_FALSE(finder.findFirstFile(pattern, found)); }));
 }
