@@ -74,7 +74,7 @@ bool CApplication::start() {
 }
 
 bool CApplication::stop() {
-    std::printf("CApplication end: %s\n", mstrName.c_str());
+    std::fprintf(stderr, "CApplication end: %s\n", mstrName.c_str());
     return stopWorker();
 }
 

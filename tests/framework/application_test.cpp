@@ -14,11 +14,13 @@ namespace {
 using app::CApplication;
 using core::CEvtMgr;
 using core_utils::CWorkQueue;
+using support::printedOnStderrBy;
+using support::waitUntil;
 
-constexpr std::uint32_t kEvent = 7;
+constexpr std::uint32_t EVENT = 7;
 
 struct CTestEvent : core::CEvent {
-    explicit CTestEvent(int number = 0) : CEvent(kEvent, 0), miNumber(number) {}
+    explicit CTestEvent(int number = 0) : CEvent(EVENT, 0), miNumber(number) {}
     std::unique_ptr<CEvent> clone() const override { return std::make_unique<CTestEvent>(*this); }
     const int miNumber;
 };
@@ -52,17 +54,19 @@ TEST(EventManager, FansOutToTwoHandlersEachOnTheThreadOfItsOwnQueue) {
     CEvtMgr manager(defaultQueue);
     const auto first = std::make_shared<CTestHandler>();
     const auto second = std::make_shared<CTestHandler>(ownQueue);
-    ASSERT_TRUE(manager.subscribe(kEvent, first) && manager.subscribe(kEvent, second));
+    ASSERT_TRUE(manager.subscribe(EVENT, first));
+    ASSERT_TRUE(manager.subscribe(EVENT, second));
     core_utils::CWorker firstWorker(defaultQueue, 1);
     core_utils::CWorker secondWorker(ownQueue, 1);
-    ASSERT_TRUE(firstWorker.start() && secondWorker.start());
+    ASSERT_TRUE(firstWorker.start());
+    ASSERT_TRUE(secondWorker.start());
 
     std::vector<int> numbers(200);
     std::iota(numbers.begin(), numbers.end(), 0);
     for (const int number : numbers)
         EXPECT_TRUE(manager.publish(std::make_shared<CTestEvent>(number)));
-    ASSERT_TRUE(
-        support::waitUntil([&] { return first->miHandled == 200 && second->miHandled == 200; }));
+    ASSERT_TRUE(waitUntil([&] { return first->miHandled == 200; }));
+    ASSERT_TRUE(waitUntil([&] { return second->miHandled == 200; }));
     EXPECT_EQ(numbers, first->mNumbers);
     EXPECT_EQ(numbers, second->mNumbers);
     EXPECT_NE(first->mThread, second->mThread);
@@ -82,39 +86,41 @@ TEST(EventManager, KeepsATableAndDeletesWhatAQueueRefuses) {
         EXPECT_EQ(1, event.use_count()) << "nothing is left of a refused item";
         return items;
     };
-    EXPECT_FALSE(manager.publish(nullptr) || manager.subscribe(kEvent, nullptr));
-    EXPECT_FALSE(manager.unsubscribe(kEvent, one)) << "an empty table";
+    EXPECT_FALSE(manager.publish(nullptr));
+    EXPECT_FALSE(manager.subscribe(EVENT, nullptr));
+    EXPECT_FALSE(manager.unsubscribe(EVENT, one)) << "an empty table";
     EXPECT_EQ(0, delivered()) << "no subscriber";
-    EXPECT_TRUE(manager.subscribe(kEvent, std::make_shared<CTestHandler>(fullQueue)));
-    for (int i = 0; i < 2; ++i)
-        EXPECT_TRUE(manager.subscribe(kEvent, one) && manager.subscribe(kEvent + 1, one));
+    EXPECT_TRUE(manager.subscribe(EVENT, std::make_shared<CTestHandler>(fullQueue)));
+    for (const std::uint32_t id : {EVENT, EVENT, EVENT + 1})
+        EXPECT_TRUE(manager.subscribe(id, one));
     EXPECT_EQ(2, delivered()) << "one for each entry, also after a refusal";
     EXPECT_TRUE(manager.publish(event, queue)) << "every item to the queue that is given";
     EXPECT_EQ(3, drain(*queue));
-    EXPECT_TRUE(manager.unsubscribe(kEvent, one)) << "both entries, of this event alone";
+    EXPECT_TRUE(manager.unsubscribe(EVENT, one)) << "both entries, of this event alone";
     EXPECT_TRUE(manager.unsubscribeAll(one));
-    EXPECT_FALSE(manager.unsubscribe(kEvent + 1, one) || manager.unsubscribeAll(one));
+    EXPECT_FALSE(manager.unsubscribe(EVENT + 1, one));
+    EXPECT_FALSE(manager.unsubscribeAll(one));
 }
 
 TEST(Application, DeliversBetweenStartAndStopOnly) {
     const auto handler = std::make_shared<CTestHandler>();
     const auto event = std::make_shared<CTestEvent>();
     CApplication application("Test");
-    testing::internal::CaptureStderr();
-    EXPECT_FALSE(application.subscribe(kEvent, handler) || application.publish(event) ||
-                 application.unsubscribe(kEvent, handler) || application.forwardToEvtMgr(handler));
-    EXPECT_EQ(nullptr, application.getWorkQueue());
-    EXPECT_TRUE(application.start());
-    EXPECT_EQ(
-        " !!!!!!!!!!!!!!!!! WORKQUE NOT READY !!!!!!!!!!!!!!!!! \n"
-        "CApplication: start Test\n",
-        testing::internal::GetCapturedStderr());
-    EXPECT_TRUE(application.subscribe(kEvent, handler) && application.publish(event));
-    ASSERT_TRUE(support::waitUntil([&] { return handler->miHandled == 1; }));
+    EXPECT_FALSE(application.subscribe(EVENT, handler));
+    EXPECT_FALSE(application.publish(event));
+    EXPECT_FALSE(application.unsubscribe(EVENT, handler));
+    EXPECT_FALSE(application.forwardToEvtMgr(handler));
+    EXPECT_EQ(" !!!!!!!!!!!!!!!!! WORKQUE NOT READY !!!!!!!!!!!!!!!!! \n",
+              printedOnStderrBy([&] { EXPECT_EQ(nullptr, application.getWorkQueue()); }));
+    EXPECT_EQ("CApplication: start Test\n",
+              printedOnStderrBy([&] { EXPECT_TRUE(application.start()); }));
+    EXPECT_TRUE(application.subscribe(EVENT, handler));
+    EXPECT_TRUE(application.publish(event));
+    ASSERT_TRUE(waitUntil([&] { return handler->miHandled == 1; }));
     EXPECT_TRUE(application.forwardToEvtMgr(handler));
     EXPECT_FALSE(application.publish(event));
     EXPECT_EQ("CApplication end: Test\n",
-              support::printedBy([&] { EXPECT_FALSE(application.stop()); }));
+              printedOnStderrBy([&] { EXPECT_FALSE(application.stop()); }));
     EXPECT_TRUE(application.start()) << "again; its destructor stops it";
 }
 

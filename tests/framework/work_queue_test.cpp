@@ -45,7 +45,7 @@ Numbers drain(CTestQueue& queue) {
 }
 
 TEST(WorkQueue, LimitLeavesTheItemWithTheCallerAndLoosensByEmptyPollsWithoutAWrap) {
-    constexpr std::int32_t kFloor = std::numeric_limits<std::int32_t>::min();
+    constexpr std::int32_t FLOOR = std::numeric_limits<std::int32_t>::min();
     CTestQueue queue("test");
     queue.setMaxWorkLoad(2);
     testing::internal::CaptureStderr();
@@ -55,12 +55,13 @@ TEST(WorkQueue, LimitLeavesTheItemWithTheCallerAndLoosensByEmptyPollsWithoutAWra
     drain(queue);
     EXPECT_EQ(2 + 2, pushUntilRefused(queue));
     drain(queue);
-    queue.miWorkCount = kFloor;
+    queue.miWorkCount = FLOOR;
     drain(queue);
-    EXPECT_EQ(kFloor, queue.miWorkCount);
+    EXPECT_EQ(FLOOR, queue.miWorkCount);
 
     queue.miWorkCount = 2;
-    EXPECT_FALSE(queue.stopWork(nullptr) || queue.pushWork(nullptr));
+    EXPECT_FALSE(queue.stopWork(nullptr));
+    EXPECT_FALSE(queue.pushWork(nullptr));
     EXPECT_TRUE(queue.stopWork(new CItem(7))) << "whatever the limit";
     queue.setMaxWorkLoad(std::numeric_limits<std::int32_t>::max());
     EXPECT_TRUE(queue.pushWork(new CItem(8)));
@@ -76,18 +77,18 @@ TEST(WorkQueue, LimitLeavesTheItemWithTheCallerAndLoosensByEmptyPollsWithoutAWra
 }
 
 TEST(Worker, ExecutesOneItemAPeriodAndCanBeStartedAgain) {
-    constexpr std::chrono::microseconds kPeriod(20000);
+    constexpr std::chrono::microseconds PERIOD(20000);
     const auto queue = std::make_shared<CTestQueue>("test");
     queue->pushWork(new CItem(0));
     queue->pushWork(new CItem(1));
-    core_utils::CWorker worker(queue, kPeriod.count());
+    core_utils::CWorker worker(queue, PERIOD.count());
     const auto begin = Clock::now();
     ASSERT_TRUE(worker.start());
     EXPECT_EQ("thread alread started \n",
               support::printedBy([&] { EXPECT_FALSE(worker.start()); }));
     ASSERT_TRUE(support::waitUntil([] { return deleted == 2; }));
-    EXPECT_FALSE(worker.stop()) << "the kept result";
-    EXPECT_GE(Clock::now() - begin, 2 * kPeriod) << "the second item, and the pause after it";
+    EXPECT_FALSE(worker.stop());
+    EXPECT_GE(Clock::now() - begin, 2 * PERIOD) << "the second item, and the pause after it";
 
     EXPECT_TRUE(worker.start()) << "a stop request of the past does not count";
     queue->pushWork(new CItem(2));

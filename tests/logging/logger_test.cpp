@@ -187,7 +187,8 @@ TEST_F(Logger, HasOneSinkAtATimeAndSaysWhenItHasNone) {
     EXPECT_TRUE(mLogger.houseKeep(30) && mLogger.removeLogSink());
     EXPECT_FALSE(mLogger.publish(makeEvent()));
     EXPECT_EQ("mpLogSink empy \n", printedBy([&] { EXPECT_FALSE(mLogger.houseKeep(1)); }));
-    EXPECT_EQ("CApplication end: MaintLogger\n", printedBy([&] { EXPECT_FALSE(mLogger.stop()); }));
+    EXPECT_EQ("CApplication end: MaintLogger\n",
+              support::printedOnStderrBy([&] { EXPECT_FALSE(mLogger.stop()); }));
 }
 
 }  // namespace

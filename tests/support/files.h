@@ -29,12 +29,18 @@ inline std::string readFile(const std::string& path) {
     return bytes.str();
 }
 
-// Everything that `action` prints on standard output, by whatever means.
+// Everything that `action` prints on standard output, or on standard error, by whatever means.
 template <typename Action>
 std::string printedBy(Action action) {
     testing::internal::CaptureStdout();
     action();
     return testing::internal::GetCapturedStdout();
+}
+template <typename Action>
+std::string printedOnStderrBy(Action action) {
+    testing::internal::CaptureStderr();
+    action();
+    return testing::internal::GetCapturedStderr();
 }
 
 }  // namespace support
