@@ -41,6 +41,11 @@ class CSegmentFile {
         return fstat(mDescriptor, &status) == 0 ? static_cast<std::size_t>(status.st_size) : 0;
     }
 
+    std::uint64_t id() const {
+        struct stat64 status {};
+        return fstat64(mDescriptor, &status) == 0 ? status.st_ino : 0;
+    }
+
     bool isFinished() const {
         std::uint32_t state = 0;
         return pread(mDescriptor, &state, sizeof state, 0) == sizeof state &&
@@ -83,6 +88,14 @@ void reservePages(const CSegmentFile& file) {
 }
 
 }  // namespace
+
+std::string memoryObjectName(const std::string& segment) {
+    return segment.rfind('/', 0) == 0 ? segment : "/" + segment;
+}
+
+std::uint64_t memoryObjectId(const std::string& name) {
+    return CSegmentFile(name).id();
+}
 
 void checkBeforeAttaching(const std::string& name, std::size_t size) {
     const CSegmentFile file(name);

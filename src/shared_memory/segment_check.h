@@ -1,15 +1,21 @@
 // What makes attaching to a segment safe that others may have left in any state. Names are those
-// of the memory object, with the leading "/".
+// of the memory object, with the leading "/", except where one is made of a segment's.
 #ifndef SHARED_MEMORY_SEGMENT_CHECK_H
 #define SHARED_MEMORY_SEGMENT_CHECK_H
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 
 namespace core_utils {
 
+std::string memoryObjectName(const std::string& segment);
+
+// Tells one memory object from another that comes to have its name; 0 if none has it.
+std::uint64_t memoryObjectId(const std::string& name);
+
 // Before attaching. Waits up to a second for another process to finish creating the segment;
-// without a segment, makes sure that there is room for one of `size` bytes. Throws
+// without a segment, makes sure that there is room for one of `size` bytes, 0 for none. Throws
 // std::runtime_error: attaching would wait for ever, or creating would end in SIGBUS.
 void checkBeforeAttaching(const std::string& name, std::size_t size);
 

@@ -3,29 +3,14 @@
 #ifndef SHARED_MEMORY_SHARED_MEMORY_H
 #define SHARED_MEMORY_SHARED_MEMORY_H
 
-#include <boost/container/string.hpp>
-#include <boost/container/vector.hpp>
-#include <boost/interprocess/allocators/allocator.hpp>
-#include <boost/interprocess/managed_shared_memory.hpp>
 #include <map>
 #include <mutex>
 #include <string>
 #include <vector>
 
+#include "shared_memory/vector_access.h"
+
 namespace core_utils {
-
-using Segment = boost::interprocess::managed_shared_memory;
-template <typename T>
-using SegmentAllocator = boost::interprocess::allocator<T, Segment::segment_manager>;
-using SegmentString =
-    boost::container::basic_string<char, std::char_traits<char>, SegmentAllocator<char>>;
-template <typename T>
-using SegmentVector = boost::container::vector<T, SegmentAllocator<T>>;
-
-inline constexpr char SEGMENT_NAME[] = "CONF_AUTO_SAVE_MEM";
-
-// What a text holds on its way into a vector; never in a finished one.
-inline constexpr char FILL_TEXT[] = "DATA FROM TEST";
 
 // An instance carries the object directory; the handles of the segment are one set a process,
 // replaced by each construction and never freed.

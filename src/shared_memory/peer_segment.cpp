@@ -1,0 +1,232 @@
+#include "shared_memory/peer_segment.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <iterator>
+#include <stdexcept>
+#include <thread>
+#include <utility>
+
+#include "shared_memory/segment_check.h"
+#include "shared_memory/vector_access.h"
+
+namespace core_utils {
+
+namespace bip = boost::interprocess;
+
+namespace {
+
+using eOutcome = CPeerSegment::eOutcome;
+using sResult = CPeerSegment::sResult;
+
+constexpr const char* ELEMENT_NAMES[] = {"double", "byte", "text"};
+
+template <typename Value>
+constexpr eElement ELEMENT = eElement::DOUBLE;
+template <>
+constexpr eElement ELEMENT<unsigned char> = eElement::BYTE;
+template <>
+constexpr eElement ELEMENT<std::string> = eElement::TEXT;
+
+template <typename Matches>
+const sSharedObject* findInDirectory(Matches matches) {
+    const auto* object =
+        std::find_if(std::begin(OBJECT_DIRECTORY), std::end(OBJECT_DIRECTORY), matches);
+    return object != std::end(OBJECT_DIRECTORY) ? object : nullptr;
+}
+
+template <typename Value>
+bool isSame(const std::vector<Value>& a, const std::vector<Value>& b) {
+    return a == b;
+}
+// A number that is not one differs from itself, and would be a change each time.
+bool isSame(const std::vector<double>& a, const std::vector<double>& b) {
+    return a.size() == b.size() &&
+           (a.empty() || std::memcmp(a.data(), b.data(), a.size() * sizeof(double)) == 0);
+}
+
+std::string segmentName() {
+    return SEGMENT_NAME;
+}
+
+sResult noSegment() {
+    return {eOutcome::NO_SEGMENT, "there is no segment " + segmentName()};
+}
+sResult wrongElement(const sSharedObject& object) {
+    return {eOutcome::WRONG_ELEMENT, std::string(object.name) + " has elements of type " +
+                                         ELEMENT_NAMES[static_cast<int>(object.element)]};
+}
+
+sResult toResult(const sSharedObject& object, eAccess access) {
+    const std::string name = object.name;
+    switch (access) {
+        case eAccess::NO_OBJECT:
+            return {eOutcome::NO_OBJECT, "nobody has written " + name + " yet"};
+        case eAccess::NO_VECTOR:
+            return {eOutcome::NO_VECTOR, name + " is no vector of type " +
+                                             ELEMENT_NAMES[static_cast<int>(object.element)]};
+        case eAccess::DONE:
+            break;
+    }
+    return {};
+}
+
+sResult toResult(const bip::interprocess_exception& error) {
+    if (error.get_error_code() == bip::timeout_when_locking_error) {
+        return {eOutcome::LOCKED, "another process keeps the lock of " + segmentName() +
+                                      ": it has died with it, or stands still"};
+    }
+    return {eOutcome::DAMAGED, segmentName() + " is damaged: " + error.what()};
+}
+
+sResult full(const std::string& name) {
+    return {eOutcome::FULL, segmentName() + " is full; " + name + " may hold a part of the values"};
+}
+
+}  // namespace
+
+struct CPeerSegment::sAttachment {
+    std::unique_ptr<Segment> segment;
+    std::uint64_t id;  // of the memory object that is mapped
+};
+
+CPeerSegment::sKey::sKey(int id)
+    : object(findInDirectory([&](const sSharedObject& row) { return row.id == id; })),
+      text(std::to_string(id)) {}
+
+CPeerSegment::sKey::sKey(const std::string& name)
+    : object(findInDirectory([&](const sSharedObject& row) { return name == row.name; })),
+      text(name) {}
+
+CPeerSegment::CPeerSegment() = default;
+CPeerSegment::CPeerSegment(CPeerSegment&&) noexcept = default;
+CPeerSegment& CPeerSegment::operator=(CPeerSegment&&) noexcept = default;
+CPeerSegment::~CPeerSegment() = default;
+
+sResult CPeerSegment::attach() {
+    return attachTo(false);
+}
+
+sResult CPeerSegment::open() {
+    return attachTo(true);
+}
+
+sResult CPeerSegment::attachTo(bool create) {
+    try {
+        auto segment = attachSegment(SEGMENT_NAME, create);
+        const std::uint64_t id = memoryObjectId(memoryObjectName(SEGMENT_NAME));
+        mAttachment.reset(new sAttachment{std::move(segment), id});
+        return {};
+    } catch (const std::bad_alloc&) {
+        throw;
+    } catch (const bip::interprocess_exception& error) {
+        if (error.get_error_code() == bip::not_found_error) return noSegment();
+        if (error.get_error_code() == bip::timeout_when_locking_error) return toResult(error);
+        return {eOutcome::UNUSABLE, "cannot attach to " + segmentName() + ": " + error.what()};
+    } catch (const std::exception& error) {
+        return {eOutcome::UNUSABLE, "cannot attach to " + segmentName() + ": " + error.what()};
+    }
+}
+
+sResult CPeerSegment::check() const {
+    if (mAttachment == nullptr) return noSegment();
+    if (memoryObjectId(memoryObjectName(SEGMENT_NAME)) == mAttachment->id) return {};
+    return {eOutcome::REPLACED, segmentName() + " was removed"};
+}
+
+template <typename Access>
+sResult CPeerSegment::access(const sKey& key, Access make) const {
+    if (key.object == nullptr) {
+        return {eOutcome::UNKNOWN_OBJECT, "there is no object \"" + key.text + '"'};
+    }
+    if (mAttachment == nullptr) return noSegment();
+    try {
+        return toResult(*key.object, make(*mAttachment->segment, key.object->name));
+    } catch (const bip::bad_alloc&) {
+        return full(key.object->name);
+    } catch (const std::length_error&) {
+        return full(key.object->name);
+    } catch (const bip::interprocess_exception& error) {
+        return toResult(error);
+    } catch (const std::logic_error& error) {
+        return {eOutcome::DAMAGED, segmentName() + " is damaged: " + error.what()};
+    }
+}
+
+template <typename Value>
+sResult CPeerSegment::read(const sKey& key, std::vector<Value>& values) const {
+    if (key.object != nullptr && key.object->element != ELEMENT<Value>) {
+        return wrongElement(*key.object);
+    }
+    return access(key, [&](Segment& segment, const char* name) {
+        return CVectorAccess<Value>::copy(segment, name, values);
+    });
+}
+
+template <typename Value>
+sResult CPeerSegment::write(const sKey& key, const std::vector<Value>& values) {
+    if (key.object != nullptr && key.object->element != ELEMENT<Value>) {
+        return wrongElement(*key.object);
+    }
+    return access(key, [&](Segment& segment, const char* name) {
+        auto* manager = segment.get_segment_manager();
+        return CVectorAccess<Value>::assign(segment, name, values, manager, manager);
+    });
+}
+
+sResult CPeerSegment::remove(const sKey& key) {
+    return access(key, [&](Segment& segment, const char* name) {
+        switch (key.object->element) {
+            case eElement::DOUBLE:
+                return CVectorAccess<double>::destroy(segment, name);
+            case eElement::BYTE:
+                return CVectorAccess<unsigned char>::destroy(segment, name);
+            case eElement::TEXT:
+                break;
+        }
+        return CVectorAccess<std::string>::destroy(segment, name);
+    });
+}
+
+template <typename Value>
+sResult CPeerSegment::waitForChange(const sKey& key, std::vector<Value>& values,
+                                    std::chrono::milliseconds period,
+                                    std::chrono::milliseconds limit) const {
+    using namespace std::chrono;
+    const auto begin = steady_clock::now();
+    while (true) {
+        std::vector<Value> current;
+        const sResult result = read(key, current);
+        if (!result && result.outcome != eOutcome::NO_OBJECT) return result;
+        if (!isSame(current, values)) {
+            values = std::move(current);
+            return {};
+        }
+        const sResult checked = check();
+        if (!checked) return checked;
+        const auto left = limit - duration_cast<milliseconds>(steady_clock::now() - begin);
+        if (left <= milliseconds(0)) {
+            return {eOutcome::TIME_OUT, key.text + " did not change in time"};
+        }
+        std::this_thread::sleep_for(std::clamp(period, milliseconds(1), left));
+    }
+}
+
+template sResult CPeerSegment::read(const sKey&, std::vector<double>&) const;
+template sResult CPeerSegment::read(const sKey&, std::vector<unsigned char>&) const;
+template sResult CPeerSegment::read(const sKey&, std::vector<std::string>&) const;
+template sResult CPeerSegment::write(const sKey&, const std::vector<double>&);
+template sResult CPeerSegment::write(const sKey&, const std::vector<unsigned char>&);
+template sResult CPeerSegment::write(const sKey&, const std::vector<std::string>&);
+template sResult CPeerSegment::waitForChange(const sKey&, std::vector<double>&,
+                                             std::chrono::milliseconds,
+                                             std::chrono::milliseconds) const;
+template sResult CPeerSegment::waitForChange(const sKey&, std::vector<unsigned char>&,
+                                             std::chrono::milliseconds,
+                                             std::chrono::milliseconds) const;
+template sResult CPeerSegment::waitForChange(const sKey&, std::vector<std::string>&,
+                                             std::chrono::milliseconds,
+                                             std::chrono::milliseconds) const;
+
+}  // namespace core_utils

@@ -1,0 +1,118 @@
+// The instrument's shared settings for a process beside the daemon. This header and
+// object_directory.h are all that such a process needs; docs/shared-memory.md is the reference.
+#ifndef SHARED_MEMORY_PEER_SEGMENT_H
+#define SHARED_MEMORY_PEER_SEGMENT_H
+
+#include <chrono>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "shared_memory/object_directory.h"
+
+namespace core_utils {
+
+// An attachment of this process to the segment CONF_AUTO_SAVE_MEM. It owns the mapping, not the
+// segment: the objects outlive it and this process. Nothing here prints.
+//
+// Whole vectors: each access of an object runs under the segment's own process-shared lock, as
+// those of the daemon do, so none of them sees another's change half done. A process that writes
+// without this library and without that lock may be seen half-way; so may a write that ended with
+// FULL or DAMAGED. An access blocks while others hold the lock, for at most 1 s: LOCKED then.
+//
+// Threads: several may read, write and wait on one instance at once. Attaching, moving and
+// destroying it need it for themselves.
+//
+// Failure: every operation tells what came of it and why. Exceptions are std::bad_alloc for this
+// process's own memory and nothing else.
+//
+// All processes on the segment must have one word size and one version of Boost, the one that this
+// library was built with; nothing in the segment tells them apart. A program that uses
+// Boost.Interprocess or Boost.Container itself must compile with the definitions that the library's
+// CMake target and pkg-config file carry.
+//
+// `Value` is double, unsigned char or std::string, as the object's row in OBJECT_DIRECTORY says.
+class CPeerSegment {
+  public:
+    enum class eOutcome {
+        DONE,
+        NO_SEGMENT,      // none has the name, or this instance is not attached
+        UNUSABLE,        // the segment cannot be attached to: not finished, not permitted, no room
+        REPLACED,        // the segment has lost its name: nobody will change it any more
+        UNKNOWN_OBJECT,  // the directory has no such identifier or name
+        WRONG_ELEMENT,   // the directory says that the object's elements are of another type
+        NO_OBJECT,       // nobody has written the object yet
+        NO_VECTOR,       // what stands under the name cannot be a vector of this type
+        FULL,            // no room in the segment; the object may hold a part of the values
+        LOCKED,          // another process keeps the lock: it has died with it, or stands still
+        DAMAGED,         // the segment's bookkeeping is; the object may hold a part of the values
+        TIME_OUT,        // no change within the limit
+    };
+
+    struct sResult {
+        eOutcome outcome = eOutcome::DONE;
+        std::string reason;  // for a person, without a line end; empty with DONE
+
+        explicit operator bool() const { return outcome == eOutcome::DONE; }
+    };
+
+    // An object by its identifier or by its exact name.
+    struct sKey {
+        sKey(int id);
+        sKey(const std::string& name);
+        sKey(const char* name) : sKey(std::string(name)) {}
+
+        const sSharedObject* object = nullptr;  // its row of the directory, or null
+        std::string text;                       // as it was given
+    };
+
+    // Attached to nothing.
+    CPeerSegment();
+    CPeerSegment(CPeerSegment&& other) noexcept;
+    CPeerSegment& operator=(CPeerSegment&& other) noexcept;
+    ~CPeerSegment();
+
+    // Attaches to the segment, in place of what was attached to. Waits up to 1 s for another
+    // process that is creating it. attach() never creates it, open() does if there is none. On
+    // failure what was attached to stays.
+    sResult attach();
+    sResult open();
+
+    // DONE while the segment that this instance is attached to has its name, REPLACED once it does
+    // not: attach again.
+    sResult check() const;
+
+    // Replaces `values` by all that the object holds, in order; on failure they stay. Creates
+    // nothing.
+    template <typename Value>
+    sResult read(const sKey& key, std::vector<Value>& values) const;
+
+    // Leaves exactly `values` in the object, creating it if there is none.
+    template <typename Value>
+    sResult write(const sKey& key, const std::vector<Value>& values);
+
+    // Removes the object, also one that is no vector. Pointers into it that others keep outside the
+    // lock lead nowhere from then on.
+    sResult remove(const sKey& key);
+
+    // Waits until the object holds something else than `values`, and puts that there. Looks at
+    // once, then once a period (at least 1 ms), so what comes and goes within one is not seen;
+    // TIME_OUT after the limit. No object is the same as one without elements. Doubles are compared
+    // bit by bit.
+    template <typename Value>
+    sResult waitForChange(const sKey& key, std::vector<Value>& values,
+                          std::chrono::milliseconds period, std::chrono::milliseconds limit) const;
+
+  private:
+    struct sAttachment;
+
+    sResult attachTo(bool create);
+    template <typename Access>
+    sResult access(const sKey& key, Access make) const;
+
+    std::unique_ptr<sAttachment> mAttachment;
+};
+
+}  // namespace core_utils
+
+#endif

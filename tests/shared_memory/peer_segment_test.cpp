@@ -1,0 +1,102 @@
+#include "shared_memory/peer_segment.h"
+
+#include <gtest/gtest.h>
+#include <signal.h>
+
+#include <cmath>
+#include <filesystem>
+#include <future>
+
+#include "support/files.h"
+#include "support/peer.h"
+
+namespace {
+
+using namespace support;
+using namespace std::chrono_literals;
+using core_utils::CPeerSegment;
+using eOutcome = CPeerSegment::eOutcome;
+
+constexpr char kFile[] = "/dev/shm/CONF_AUTO_SAVE_MEM";
+
+TEST(PeerSegment, OnlyOpeningAndWritingCreateAndEveryRefusalSaysWhy) {
+    CPeerSegment segment;
+    EXPECT_EQ(eOutcome::NO_SEGMENT, segment.write(0, Doubles{1.0}).outcome);
+    EXPECT_EQ("there is no segment CONF_AUTO_SAVE_MEM", segment.attach().reason);
+    EXPECT_FALSE(std::filesystem::exists(kFile));
+    ASSERT_TRUE(segment.open() && segment.attach() && segment.check());
+
+    Doubles values = {9.0};
+    Texts texts;
+    EXPECT_EQ(eOutcome::NO_OBJECT, segment.read(0, values).outcome);
+    EXPECT_EQ(eOutcome::UNKNOWN_OBJECT, segment.write("VOLTAGE", values).outcome);
+    EXPECT_EQ(eOutcome::UNKNOWN_OBJECT, segment.remove(23).outcome);
+    EXPECT_EQ("CHF_MODE_MEM has elements of type byte", segment.write(7, values).reason);
+    EXPECT_EQ(eOutcome::WRONG_ELEMENT, segment.read("VOLTAGE_DATA_MEM", texts).outcome);
+    EXPECT_EQ(Doubles{9.0}, values) << "a failure leaves the values";
+    CPeerMemory memory;
+    EXPECT_EQ(0U, memory.mpSharedMemory->get_num_named_objects());
+
+    memory.mpSharedMemory->construct<int>("WLAN_SSID_MEM")(1);
+    EXPECT_EQ("WLAN_SSID_MEM is no vector of type text", segment.read(24, texts).reason);
+    EXPECT_EQ(eOutcome::NO_VECTOR, segment.write(24, texts).outcome);
+    EXPECT_TRUE(segment.remove(24) && segment.write(24, Texts{"b"})) << "removed as it is";
+
+    const Doubles tooMany(300000);
+    EXPECT_EQ(eOutcome::FULL, segment.write(0, tooMany).outcome);
+    EXPECT_EQ(eOutcome::FULL, segment.write(25, Texts(100, std::string(20000, 'x'))).outcome);
+    std::filesystem::remove(kFile);
+    EXPECT_EQ(eOutcome::REPLACED, segment.check().outcome);
+    writeFile(kFile, "x");
+    EXPECT_EQ(eOutcome::UNUSABLE, CPeerSegment().attach().outcome);
+    EXPECT_TRUE(segment.read(0, values)) << "what was attached to stays";
+}
+
+TEST(PeerSegment, RemovingGivesTheMemoryBack) {
+    CPeerSegment segment;
+    ASSERT_TRUE(segment.open());
+    CPeerMemory memory;
+    const std::size_t free = memory.mpSharedMemory->get_free_memory();
+    ASSERT_TRUE(segment.write(24, Texts{"short", std::string(3000, 'l')}) &&
+                segment.write(0, Doubles(1000)) && segment.write(7, Bytes(1000)));
+    EXPECT_TRUE(segment.remove(24) && segment.remove(0) && segment.remove("CHF_MODE_MEM"));
+    EXPECT_EQ(free, memory.mpSharedMemory->get_free_memory());
+    EXPECT_TRUE(memory.mpSharedMemory->check_sanity());
+    EXPECT_EQ(eOutcome::NO_OBJECT, segment.remove(0).outcome);
+
+    // Elements inside the segment that are no block of it: nothing may end over them.
+    segment.write(0, Doubles{1.0});
+    memory.mpSharedMemory->find<std::ptrdiff_t>("VOLTAGE_DATA_MEM").first[1] += 65536;
+    EXPECT_EQ(eOutcome::DAMAGED, segment.remove(0).outcome);
+    EXPECT_TRUE(segment.write(0, Doubles{2.0}));
+}
+
+TEST(PeerSegment, WaitsForAnotherProcessAndNoLongerThanToldTo) {
+    CPeer writer([](CPeerMemory& peer) {
+        return peer.setDoubleVector(0, {NAN, 1.5}) && peer.setByteVector(21, {7});
+    });
+    CPeer holder([](CPeerMemory& other) {
+        auto die = [] { raise(SIGKILL); };
+        other.mpSharedMemory->atomic_func(die);
+        return false;
+    });
+    CPeerSegment segment;
+    ASSERT_TRUE(segment.open());
+    Doubles values;
+    EXPECT_EQ(eOutcome::TIME_OUT, segment.waitForChange(0, values, 1ms, 5ms).outcome);
+    auto waiting = std::async(std::launch::async, [&] {
+        Bytes bytes;
+        return segment.waitForChange(21, bytes, 1ms, 20s) ? bytes : Bytes{};
+    });
+    ASSERT_EQ(0, writer.run());
+    EXPECT_EQ(Bytes{7}, waiting.get());
+    EXPECT_TRUE(segment.waitForChange("VOLTAGE_DATA_MEM", values, 1ms, 20s));
+    EXPECT_EQ(1.5, values.at(1));
+    EXPECT_EQ(eOutcome::TIME_OUT, segment.waitForChange(0, values, 1ms, 0ms).outcome)
+        << "not a number is no change against itself";
+    EXPECT_EQ(-SIGKILL, holder.run());
+    EXPECT_EQ(eOutcome::LOCKED, segment.waitForChange(0, values, 1ms, 20s).outcome);
+    EXPECT_EQ(eOutcome::LOCKED, segment.write(0, values).outcome);
+}
+
+}  // namespace
