@@ -18,7 +18,7 @@ struct sBoard {
     int devType;
     std::string model;  // as the auto-save load names it
 };
-const sBoard kBoards[] = {{"ZEV", 1, "ZEV 35V"}, {"ZEV", 2, "ZEV 100V"}, {"KOL", 3, "KOL 35V"}};
+const sBoard BOARDS[] = {{"ZEV", 1, "ZEV 35V"}, {"ZEV", 2, "ZEV 100V"}, {"KOL", 3, "KOL 35V"}};
 
 void deliver(const std::string& family) {
     const auto options = fs::copy_options::recursive | fs::copy_options::overwrite_existing;
@@ -28,7 +28,7 @@ void deliver(const std::string& family) {
 }
 
 TEST(ShippedFiles, LoadWithoutAFailureLineAndHoldTheDefaults) {
-    for (const sBoard& board : kBoards) {
+    for (const sBoard& board : BOARDS) {
         SCOPED_TRACE(board.model);
         deliver(board.family);
         CProcessorOn<CConfigAutoSaveProcessor> autoSave(board.devType);
