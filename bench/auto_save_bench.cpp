@@ -80,6 +80,14 @@ struct sItems {
     std::vector<const char*> names;
     std::vector<std::vector<Stored>> stored;
 
+    explicit sItems(const std::vector<unsigned int>& ids) {
+        auto& facade = *CSingletonHxlConfigHandler::getInstance();
+        for (const unsigned int id : ids) {
+            names.push_back(nameOf(id));
+            stored.push_back(facade.getConfValues<Stored>(static_cast<int>(id)));
+        }
+    }
+
     bool allEqual() const {
         for (std::size_t i = 0; i < names.size(); ++i) {
             const auto& object = *CSegment::find<T>(names[i]);
@@ -96,22 +104,9 @@ void bareLoop(benchmark::State& state) {
     seed();
     const CSegment segment;
     const CHandler handler;
-    auto& facade = *CSingletonHxlConfigHandler::getInstance();
-    sItems<double, double> numbers;
-    sItems<unsigned char, unsigned char> bytes;
-    sItems<core_utils::SegmentString, std::string> texts;
-    for (const unsigned int id : handler.mvecDblIndex) {
-        numbers.names.push_back(nameOf(id));
-        numbers.stored.push_back(facade.getConfDblValues(static_cast<int>(id)));
-    }
-    for (const unsigned int id : handler.mvecSelIndex) {
-        bytes.names.push_back(nameOf(id));
-        bytes.stored.push_back(facade.getConfSelValues(static_cast<int>(id)));
-    }
-    for (const unsigned int id : handler.mvecStrIndex) {
-        texts.names.push_back(nameOf(id));
-        texts.stored.push_back(facade.getConfStrValues(static_cast<int>(id)));
-    }
+    const sItems<double, double> numbers(handler.mvecDblIndex);
+    const sItems<unsigned char, unsigned char> bytes(handler.mvecSelIndex);
+    const sItems<core_utils::SegmentString, std::string> texts(handler.mvecStrIndex);
     for (auto _ : state) {
         const bool equal = numbers.allEqual() && bytes.allEqual() && texts.allEqual();
         if (!equal) state.SkipWithError("the segment differs from what was seeded");

@@ -26,16 +26,35 @@ std::vector<unsigned int> idsOf(const sAutoSaveItem<Default> (&items)[COUNT]) {
 }
 
 // The stored vector's length drives the comparison: an item that was never stored is not saved,
-// and what shared memory holds beyond that length is not seen. A shorter one is a difference.
+// and what shared memory holds beyond that length is not seen. A shorter one is a difference, but
+// nothing at all is none: there would be nothing to save.
 template <typename T>
 bool isChanged(const std::vector<T>& conf, const std::vector<T>& shm) {
+    if (shm.empty()) return false;
     return shm.size() < conf.size() || !std::equal(conf.begin(), conf.end(), shm.begin());
 }
 
-// Bytes and texts that are not in shared memory are no change.
 template <typename T>
-bool isChangedAndPresent(const std::vector<T>& conf, const std::vector<T>& shm) {
-    return !shm.empty() && isChanged(conf, shm);
+void saveChanged(const std::vector<unsigned int>& indexes) {
+    auto& facade = *CSingletonHxlConfigHandler::getInstance();
+    for (const unsigned int index : indexes) {
+        const int id = static_cast<int>(index);
+        const std::vector<T> shm = facade.getShmValues<T>(id);
+        if (isChanged(facade.getConfValues<T>(id), shm)) facade.saveValues(id, shm);
+    }
+}
+
+template <typename T>
+void printItems(const std::vector<unsigned int>& indexes, const char* confLabel,
+                const char* shmLabel) {
+    auto& facade = *CSingletonHxlConfigHandler::getInstance();
+    for (const unsigned int index : indexes) {
+        const int id = static_cast<int>(index);
+        std::printf("%s %d ", confLabel, id);
+        PrintValues(facade.getConfValues<T>(id));
+        std::printf("%s %d ", shmLabel, id);
+        PrintValues(facade.getShmValues<T>(id));
+    }
 }
 
 }  // namespace
@@ -58,45 +77,15 @@ void CConfigAutoSaveHandler::run() {
 }
 
 void CConfigAutoSaveHandler::saveChanges() {
-    auto& facade = *CSingletonHxlConfigHandler::getInstance();
-    for (const unsigned int index : mvecDblIndex) {
-        const int id = static_cast<int>(index);
-        const auto shm = facade.getShmDblValues(id);
-        if (isChanged(facade.getConfDblValues(id), shm)) facade.saveDblValues(id, shm);
-    }
-    for (const unsigned int index : mvecSelIndex) {
-        const int id = static_cast<int>(index);
-        const auto shm = facade.getShmSelValues(id);
-        if (isChangedAndPresent(facade.getConfSelValues(id), shm)) facade.saveSelValues(id, shm);
-    }
-    for (const unsigned int index : mvecStrIndex) {
-        const int id = static_cast<int>(index);
-        const auto shm = facade.getShmStrValues(id);
-        if (isChangedAndPresent(facade.getConfStrValues(id), shm)) facade.saveStrValues(id, shm);
-    }
+    saveChanged<double>(mvecDblIndex);
+    saveChanged<unsigned char>(mvecSelIndex);
+    saveChanged<std::string>(mvecStrIndex);
 }
 
 void CConfigAutoSaveHandler::printConfData() {
-    auto& facade = *CSingletonHxlConfigHandler::getInstance();
-    for (const unsigned int index : mvecDblIndex) {
-        const int id = static_cast<int>(index);
-        std::printf("ConfHdl :: DBL CONF INDEX %d ", id);
-        PrintValues(facade.getConfDblValues(id));
-        std::printf("ConfHDL :: DBL SHAREDMEM INDEX %d ", id);
-        PrintValues(facade.getShmDblValues(id));
-    }
-    for (const unsigned int index : mvecSelIndex) {
-        const int id = static_cast<int>(index);
-        std::printf("ConfHdl :: SEL CONF INDEX %d ", id);
-        PrintValues(facade.getConfSelValues(id));
-        std::printf("ConfHdl :: SEL SHAREDMEM INDEX %d ", id);
-        PrintValues(facade.getShmSelValues(id));
-    }
-    for (const unsigned int index : mvecStrIndex) {
-        const int id = static_cast<int>(index);
-        std::printf("ConfHdl :: STR CONF INDEX %d ", id);
-        PrintValues(facade.getConfStrValues(id));
-        std::printf("ConfHdl :: STR SHAREDMEM INDEX %d ", id);
-        PrintValues(facade.getShmStrValues(id));
-    }
+    printItems<double>(mvecDblIndex, "ConfHdl :: DBL CONF INDEX", "ConfHDL :: DBL SHAREDMEM INDEX");
+    printItems<unsigned char>(mvecSelIndex, "ConfHdl :: SEL CONF INDEX",
+                              "ConfHdl :: SEL SHAREDMEM INDEX");
+    printItems<std::string>(mvecStrIndex, "ConfHdl :: STR CONF INDEX",
+                            "ConfHdl :: STR SHAREDMEM INDEX");
 }

@@ -5,7 +5,6 @@
 #include "config/handlers/poll_period.h"
 #include "config/manager/hxl_config_handler.h"
 
-using hxl_config_handler::CConfPresetData;
 using hxl_config_handler::CSingletonHxlConfigHandler;
 using hxl_config_handler::sPresetBlock;
 
@@ -32,10 +31,7 @@ void CConfigPresetHandler::run() {
 }
 
 bool CConfigPresetHandler::isPresetEqual(sPresetBlock shmBlock, sPresetBlock storedBlock) {
-    const CConfPresetData shm(0, shmBlock);
-    const CConfPresetData stored(0, storedBlock);
-    return shm.GetDblData().GetValues() == stored.GetDblData().GetValues() &&
-           shm.GetSelData().GetValues() == stored.GetSelData().GetValues();
+    return shmBlock == storedBlock;
 }
 
 void CConfigPresetHandler::saveIfChanged(int presetNo) {

@@ -7,6 +7,7 @@
 #include <memory>
 #include <tuple>
 
+#include "config/manager/current_correction.h"
 #include "config/manager/device_identity.h"
 #include "config/processors/auto_save_processor.h"
 #include "config/processors/dev_type_processor.h"
@@ -24,40 +25,8 @@ enum eProcessor { DEV_VAR_SYSTEM, AUTO_SAVE, SYSTEM, PRESET, DEV_TYPE };
 
 constexpr int LOOK_PERIOD_MS = 10;
 
-template <typename T>
-std::vector<T> valuesOf(const CConfData* record) {
-    const auto* data = dynamic_cast<const CConfAutoSaveData<T>*>(record);
-    return data == nullptr ? std::vector<T>() : data->GetValues();
-}
-
-template <typename T>
-std::vector<T> sharedValuesOf(CAbsConfigProcesor& processor, int id) {
-    const std::unique_ptr<CConfData> record(processor.GetSharedMemData(id));
-    return valuesOf<T>(record.get());
-}
-
-template <typename T>
-bool saveValues(CAbsConfigProcesor& processor, int id, const std::vector<T>& values) {
-    CConfAutoSaveData<T> record(id, values);
-    return processor.SaveConfData(id, &record) != 0;
-}
-
-constexpr char CORRECTION_FILE_NAME[] = "correction_current.cfg";
-constexpr char CORRECTION_SECTION[] = "CURRENT_CORRECTION";
-constexpr const char* CORRECTION_KEYS[] = {"SINK_High_CurrRange", "SINK_Low_CurrRange",
-                                           "SRC_High_CurrRange", "SRC_Low_CurrRange"};
-
 constexpr char SYNC_SECTION[] = "SETTING_SYNC";
 constexpr char SYNC_KEY[] = "SYNC";
-
-// A number that cannot be converted is a key that cannot be read.
-bool readNumber(core_utils::CFileConfig& file, const char* key, double& value) {
-    try {
-        return file.read(CORRECTION_SECTION, key, value);
-    } catch (const std::exception&) {
-        return false;
-    }
-}
 
 }  // namespace
 
@@ -105,41 +74,36 @@ bool CConfigManager::loadDevVarSystemConfig() {
     return load(DEV_VAR_SYSTEM, "loadDevVarSystemConfig");
 }
 
-std::vector<double> CConfigManager::getConfDblValues(int id) {
-    return valuesOf<double>(mMapProcessors[AUTO_SAVE]->GetConfData(id));
+template <typename T>
+const std::vector<T>& CConfigManager::getConfValues(int id) {
+    static const std::vector<T> NONE;
+    const CConfData* record = mMapProcessors[AUTO_SAVE]->GetConfData(id);
+    const auto* data = dynamic_cast<const CConfAutoSaveData<T>*>(record);
+    return data == nullptr ? NONE : data->GetValues();
 }
 
-std::vector<unsigned char> CConfigManager::getConfSelValues(int id) {
-    return valuesOf<unsigned char>(mMapProcessors[AUTO_SAVE]->GetConfData(id));
+template <typename T>
+std::vector<T> CConfigManager::getShmValues(int id) {
+    const std::unique_ptr<CConfData> record(mMapProcessors[AUTO_SAVE]->GetSharedMemData(id));
+    auto* data = dynamic_cast<CConfAutoSaveData<T>*>(record.get());
+    return data == nullptr ? std::vector<T>() : std::move(*data).GetValues();
 }
 
-std::vector<std::string> CConfigManager::getConfStrValues(int id) {
-    return valuesOf<std::string>(mMapProcessors[AUTO_SAVE]->GetConfData(id));
+template <typename T>
+bool CConfigManager::saveValues(int id, const std::vector<T>& values) {
+    CConfAutoSaveData<T> record(id, values);
+    return mMapProcessors[AUTO_SAVE]->SaveConfData(id, &record) != 0;
 }
 
-std::vector<double> CConfigManager::getShmDblValues(int id) {
-    return sharedValuesOf<double>(*mMapProcessors[AUTO_SAVE], id);
-}
-
-std::vector<unsigned char> CConfigManager::getShmSelValues(int id) {
-    return sharedValuesOf<unsigned char>(*mMapProcessors[AUTO_SAVE], id);
-}
-
-std::vector<std::string> CConfigManager::getShmStrValues(int id) {
-    return sharedValuesOf<std::string>(*mMapProcessors[AUTO_SAVE], id);
-}
-
-bool CConfigManager::saveDblValues(int id, const std::vector<double>& values) {
-    return saveValues(*mMapProcessors[AUTO_SAVE], id, values);
-}
-
-bool CConfigManager::saveSelValues(int id, const std::vector<unsigned char>& values) {
-    return saveValues(*mMapProcessors[AUTO_SAVE], id, values);
-}
-
-bool CConfigManager::saveStrValues(int id, const std::vector<std::string>& values) {
-    return saveValues(*mMapProcessors[AUTO_SAVE], id, values);
-}
+template const std::vector<double>& CConfigManager::getConfValues(int);
+template const std::vector<unsigned char>& CConfigManager::getConfValues(int);
+template const std::vector<std::string>& CConfigManager::getConfValues(int);
+template std::vector<double> CConfigManager::getShmValues(int);
+template std::vector<unsigned char> CConfigManager::getShmValues(int);
+template std::vector<std::string> CConfigManager::getShmValues(int);
+template bool CConfigManager::saveValues(int, const std::vector<double>&);
+template bool CConfigManager::saveValues(int, const std::vector<unsigned char>&);
+template bool CConfigManager::saveValues(int, const std::vector<std::string>&);
 
 bool CConfigManager::getPresetBlock(int presetNo, sPresetBlock& block, bool bStored) {
     const int id = CConfigPresetProcessor::recordIdOf(presetNo);
@@ -224,32 +188,11 @@ bool CConfigManager::writeDevTypeString(const std::string& devString, bool bSave
 }
 
 bool CConfigManager::readCurrentCorrection(double values[4]) {
-    core_utils::CFileConfig file;
-    if (!file.open(configFilePath(CORRECTION_FILE_NAME), "rb")) return false;
-    bool anyRead = false;
-    for (const char* key : CORRECTION_KEYS) {
-        if (readNumber(file, key, *values++)) {
-            anyRead = true;
-        } else {
-            std::printf("failed to read section : %s with key : %s\n", CORRECTION_SECTION, key);
-        }
-    }
-    return anyRead;
+    return hxl_config_handler::readCurrentCorrection(values);
 }
 
 bool CConfigManager::writeCurrentCorrection(const double values[4]) {
-    std::puts("CConfigManager::writeCurrentCorrection came in");
-    core_utils::CFileConfig file;
-    if (!file.open(configFilePath(CORRECTION_FILE_NAME), "r+b")) return false;
-    bool anyWritten = false;
-    for (const char* key : CORRECTION_KEYS) {
-        if (file.write(CORRECTION_SECTION, key, *values++)) {
-            anyWritten = true;
-        } else {
-            std::printf("failed to write section : %s with key : %s\n", CORRECTION_SECTION, key);
-        }
-    }
-    return anyWritten;
+    return hxl_config_handler::writeCurrentCorrection(values);
 }
 
 bool CConfigManager::readSettingSync(int& value) {

@@ -34,17 +34,31 @@ class CConfigManager : public IDevTypeInfo {
   public:
     CConfigManager();
 
-    // The auto-save items. Values of an identifier without a record are empty.
+    // The auto-save items; T is double, unsigned char or std::string. What is stored stays the
+    // processor's and changes with the next save of the item. The values of an identifier without
+    // a record of that type are empty.
     bool loadAutoSaveConfig();
-    std::vector<double> getConfDblValues(int id);
-    std::vector<unsigned char> getConfSelValues(int id);
-    std::vector<std::string> getConfStrValues(int id);
-    std::vector<double> getShmDblValues(int id);
-    std::vector<unsigned char> getShmSelValues(int id);
-    std::vector<std::string> getShmStrValues(int id);
-    bool saveDblValues(int id, const std::vector<double>& values);
-    bool saveSelValues(int id, const std::vector<unsigned char>& values);
-    bool saveStrValues(int id, const std::vector<std::string>& values);
+    template <typename T>
+    const std::vector<T>& getConfValues(int id);
+    template <typename T>
+    std::vector<T> getShmValues(int id);
+    template <typename T>
+    bool saveValues(int id, const std::vector<T>& values);
+
+    // The names by which other programs call these.
+    std::vector<double> getConfDblValues(int id) { return getConfValues<double>(id); }
+    std::vector<unsigned char> getConfSelValues(int id) { return getConfValues<unsigned char>(id); }
+    std::vector<std::string> getConfStrValues(int id) { return getConfValues<std::string>(id); }
+    std::vector<double> getShmDblValues(int id) { return getShmValues<double>(id); }
+    std::vector<unsigned char> getShmSelValues(int id) { return getShmValues<unsigned char>(id); }
+    std::vector<std::string> getShmStrValues(int id) { return getShmValues<std::string>(id); }
+    bool saveDblValues(int id, const std::vector<double>& values) { return saveValues(id, values); }
+    bool saveSelValues(int id, const std::vector<unsigned char>& values) {
+        return saveValues(id, values);
+    }
+    bool saveStrValues(int id, const std::vector<std::string>& values) {
+        return saveValues(id, values);
+    }
 
     // Preset memories 1 to 5. The block comes from the stored preset or from shared memory, and
     // goes to the file (`bSave`) or to shared memory. False, and nothing changed, for another
@@ -71,9 +85,7 @@ class CConfigManager : public IDevTypeInfo {
     bool setDevTypeInfo(int devType, int chnCount, bool bSave);
     bool writeDevTypeString(const std::string& devString, bool bSave);
 
-    // The four current-correction factors: sink high and low current range, source high and low.
-    // True if at least one of them was read or written; a key that fails is printed and, on
-    // reading, leaves its slot alone. False for a missing file.
+    // The current-correction file; see current_correction.h.
     bool readCurrentCorrection(double values[4]);
     bool writeCurrentCorrection(const double values[4]);
 

@@ -20,6 +20,18 @@ class CSingletonHxlConfigHandler {
     static CSingletonHxlConfigHandler* getInstance();
 
     bool loadAutoSaveConfig() { return mpManager->loadAutoSaveConfig(); }
+    template <typename T>
+    const std::vector<T>& getConfValues(int id) {
+        return mpManager->getConfValues<T>(id);
+    }
+    template <typename T>
+    std::vector<T> getShmValues(int id) {
+        return mpManager->getShmValues<T>(id);
+    }
+    template <typename T>
+    bool saveValues(int id, const std::vector<T>& values) {
+        return mpManager->saveValues(id, values);
+    }
     std::vector<double> getConfDblValues(int id) { return mpManager->getConfDblValues(id); }
     std::vector<unsigned char> getConfSelValues(int id) { return mpManager->getConfSelValues(id); }
     std::vector<std::string> getConfStrValues(int id) { return mpManager->getConfStrValues(id); }

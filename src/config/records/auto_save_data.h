@@ -3,6 +3,7 @@
 #define CONFIG_RECORDS_AUTO_SAVE_DATA_H
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "config/records/conf_data.h"
@@ -15,10 +16,12 @@ class CConfAutoSaveData : public CConfData {
   public:
     CConfAutoSaveData(int id, const std::string& key) : CConfData(id, key) {}
     explicit CConfAutoSaveData(int id) : CConfData(id, "DEF") {}
-    CConfAutoSaveData(int id, const std::vector<T>& values)
-        : CConfData(id, "DEF"), mValues(values) {}
+    CConfAutoSaveData(int id, std::vector<T> values)
+        : CConfData(id, "DEF"), mValues(std::move(values)) {}
 
-    std::vector<T> GetValues() const { return mValues; }
+    // A record that is about to go gives its values away.
+    const std::vector<T>& GetValues() const& { return mValues; }
+    std::vector<T> GetValues() && { return std::move(mValues); }
     void SetValues(const std::vector<T>& values) { mValues = values; }
 
     // Bytes are equal when the sequences are. Doubles and texts compare the other record's values

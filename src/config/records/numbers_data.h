@@ -21,7 +21,7 @@ class CConfNumbersData : public CConfData {
 
     std::array<Number, COUNT> GetNumbers() const {
         std::array<Number, COUNT> numbers{};
-        const std::vector<double> values = mDblData.GetValues();
+        const std::vector<double>& values = mDblData.GetValues();
         if (values.size() < NEEDED) return numbers;
         const std::size_t given = std::min(COUNT, values.size());
         std::transform(values.begin(), values.begin() + static_cast<std::ptrdiff_t>(given),

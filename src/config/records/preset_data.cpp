@@ -1,6 +1,8 @@
 #include "config/records/preset_data.h"
 
+#include <algorithm>
 #include <cstddef>
+#include <iterator>
 #include <vector>
 
 namespace hxl_config_handler {
@@ -31,7 +33,20 @@ void fromValues(sPresetBlock& block, const sPresetSetting<T> (&settings)[COUNT],
     }
 }
 
+template <typename T, std::size_t COUNT>
+bool areEqual(const sPresetBlock& a, const sPresetBlock& b,
+              const sPresetSetting<T> (&settings)[COUNT]) {
+    return std::all_of(std::begin(settings), std::end(settings), [&](const auto& setting) {
+        const auto& values = a.*setting.values;
+        return std::equal(std::begin(values), std::end(values), b.*setting.values);
+    });
+}
+
 }  // namespace
+
+bool operator==(const sPresetBlock& a, const sPresetBlock& b) {
+    return areEqual(a, b, PRESET_NUMBERS) && areEqual(a, b, PRESET_STATES);
+}
 
 CConfPresetData::CConfPresetData(int id, const std::string& name)
     : CConfData(id, name), mDblData(id, CLASS_NAME), mSelData(id, CLASS_NAME) {

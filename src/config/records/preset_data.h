@@ -60,6 +60,9 @@ inline constexpr sPresetSetting<unsigned char> PRESET_STATES[] = {
     {"ChnConnMode", &sPresetBlock::ucChnConnMode, {0, 0, 0}},
 };
 
+// True if no setting differs: -0.0 equals 0.0, and a number that is none equals nothing.
+bool operator==(const sPresetBlock& a, const sPresetBlock& b);
+
 // Owns a doubles and a bytes record with copies of the values it was made from; they are what
 // goes to shared memory. Values that they lack are zero in the block.
 class CConfPresetData : public CConfData {
