@@ -1,9 +1,4 @@
 # Every warning flag of the project. Link `project_warnings` to have them as errors.
 add_library(project_warnings INTERFACE)
 target_compile_options(project_warnings INTERFACE
-    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Werror)
-
-# Tests derive from classes that by design have no virtual destructor.
-add_library(test_warnings INTERFACE)
-target_compile_options(test_warnings INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)

@@ -16,9 +16,9 @@ namespace app {
 // Owns the three; start() makes them anew and destruction joins the worker. What is still queued
 // at that moment is not delivered.
 //
-// start(), stop(), registerHandler() and destruction belong to one controlling thread, which is
-// not the worker's. The other operations may be called from any thread; before start() they
-// return false.
+// Any thread may call publish(), subscribe(), unsubscribe(), forwardToEvtMgr() and getWorkQueue(),
+// which fail before start(). All else, destruction too, belongs to one controlling thread, which
+// is not the worker's.
 class CApplication {
   public:
     explicit CApplication(std::string name);

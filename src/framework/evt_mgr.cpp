@@ -11,8 +11,6 @@ namespace core {
 
 namespace {
 
-using Lock = std::lock_guard<std::mutex>;
-
 // One delivery. A queue that refuses leaves the item here, where it is deleted.
 bool deliver(const std::shared_ptr<IEvtHandler>& handler, const std::shared_ptr<CEvent>& event,
              core_utils::CWorkQueue* queue) {
@@ -55,24 +53,24 @@ bool CEvtMgr::publish(std::shared_ptr<CEvent> event,
 
 bool CEvtMgr::subscribe(std::uint32_t eventId, std::shared_ptr<IEvtHandler> handler) {
     if (handler == nullptr) return false;
-    const Lock lock(mMutex);
+    const std::lock_guard lock(mMutex);
     mMapHandlers.emplace(eventId, std::move(handler));
     return true;
 }
 
 bool CEvtMgr::unsubscribe(std::uint32_t eventId, std::shared_ptr<IEvtHandler> handler) {
-    const Lock lock(mMutex);
+    const std::lock_guard lock(mMutex);
     const auto [first, last] = mMapHandlers.equal_range(eventId);
     return eraseFrom(first, last, handler.get());
 }
 
 bool CEvtMgr::unsubscribeAll(std::shared_ptr<IEvtHandler> handler) {
-    const Lock lock(mMutex);
+    const std::lock_guard lock(mMutex);
     return eraseFrom(mMapHandlers.begin(), mMapHandlers.end(), handler.get());
 }
 
 std::vector<std::shared_ptr<IEvtHandler>> CEvtMgr::subscribersOf(std::uint32_t eventId) {
-    const Lock lock(mMutex);
+    const std::lock_guard lock(mMutex);
     std::vector<std::shared_ptr<IEvtHandler>> handlers;
     const auto [first, last] = mMapHandlers.equal_range(eventId);
     for (auto entry = first; entry != last; ++entry)

@@ -8,10 +8,6 @@
 
 namespace core_utils {
 
-namespace {
-using Lock = std::lock_guard<std::mutex>;
-}
-
 CWorkQueue::CWorkQueue(std::string name) : mstrName(std::move(name)) {
     try {
         mpWorkItems = std::make_unique<std::deque<IWorkItem*>>();
@@ -21,13 +17,13 @@ CWorkQueue::CWorkQueue(std::string name) : mstrName(std::move(name)) {
 }
 
 void CWorkQueue::setMaxWorkLoad(std::int32_t maxWorkLoad) {
-    const Lock lock(mMutex);
+    const std::lock_guard lock(mMutex);
     miMaxWorkLoad = std::min(maxWorkLoad, MAX_WORK_LOAD);
 }
 
 bool CWorkQueue::pushWork(IWorkItem* item) {
     if (item == nullptr || mpWorkItems == nullptr) return false;
-    const Lock lock(mMutex);
+    const std::lock_guard lock(mMutex);
     if (miWorkCount >= miMaxWorkLoad) {
         std::fprintf(stderr, "pushWork - miWorkCount %d - miMaxWorkLoad %d\n", miWorkCount,
                      miMaxWorkLoad);
@@ -42,8 +38,8 @@ bool CWorkQueue::pushWork(IWorkItem* item) {
 }
 
 bool CWorkQueue::popWork(IWorkItem*& out) {
-    const Lock lock(mMutex);
-    // Empty polls count too: producers rely on the limit that loosens while the queue is idle.
+    const std::lock_guard lock(mMutex);
+    // Empty polls count too: how the limit loosens while the queue is idle is an interface.
     // The floor is reached after some two days of polling; a wrap would shut the queue for good.
     if (miWorkCount > std::numeric_limits<std::int32_t>::min()) --miWorkCount;
     if (mpWorkItems == nullptr || mpWorkItems->empty()) return false;
@@ -59,7 +55,7 @@ bool CWorkQueue::stopWork(IWorkItem* lastItem) {
         return false;
     }
     {
-        const Lock lock(mMutex);
+        const std::lock_guard lock(mMutex);
         mbStopped = true;
         mpWorkItems->push_back(lastItem);
         ++miWorkCount;

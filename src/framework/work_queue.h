@@ -27,7 +27,8 @@ class CWorkQueue {
     CWorkQueue(const CWorkQueue&) = delete;
     CWorkQueue& operator=(const CWorkQueue&) = delete;
 
-    // Limits the number of queued items, to MAX_WORK_LOAD at most.
+    // Limits pushes minus polls, that is the number of queued items less one for each poll that
+    // found none. MAX_WORK_LOAD at most.
     void setMaxWorkLoad(std::int32_t maxWorkLoad);
 
     // True if the item was queued. False leaves it with the caller: it is null, or the queue is
@@ -35,8 +36,7 @@ class CWorkQueue {
     // with a warning.
     bool pushWork(IWorkItem* item);
 
-    // Takes the oldest item, which is the caller's from then on. False if there is none; every
-    // such poll loosens the limit by one item.
+    // Takes the oldest item, which is the caller's from then on. False if there is none.
     bool popWork(IWorkItem*& out);
 
     // Queues the item that is to be the last, whatever the limit, and marks the queue as stopped.

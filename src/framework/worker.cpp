@@ -1,9 +1,9 @@
 #include "framework/worker.h"
 
-#include <time.h>
-
+#include <chrono>
 #include <cstdio>
 #include <exception>
+#include <thread>
 #include <utility>
 
 namespace core_utils {
@@ -38,13 +38,9 @@ void CWorker::requestStop() {
 }
 
 void CWorker::run() {
-    constexpr std::uint32_t MICROS_PER_SECOND = 1000000;
-    timespec period{};
-    period.tv_sec = static_cast<time_t>(muiPollPeriod / MICROS_PER_SECOND);
-    period.tv_nsec = static_cast<long>(muiPollPeriod % MICROS_PER_SECOND) * 1000;
     while (!mbStopRequested) {
         executeNext();
-        if (muiPollPeriod >= 1) nanosleep(&period, nullptr);
+        std::this_thread::sleep_for(std::chrono::microseconds(muiPollPeriod));
     }
     mbStarted = false;
 }

@@ -29,7 +29,7 @@ class CWorker final : public CAbsWorkerThread {
     bool start();
 
     // Returns when the thread has ended: after the current item and one period at most. Items
-    // still queued stay queued. Always false; applications hand that result on.
+    // still queued stay queued. Always false: that result is an interface.
     bool stop();
 
     void requestStop() override;

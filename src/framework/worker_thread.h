@@ -4,10 +4,6 @@
 
 #include <thread>
 
-// Handlers and workers live until the process ends and are never deleted through a base, so no
-// class below this one has a virtual destructor.
-#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
-
 namespace core_utils {
 
 // Owns one operating-system thread whose body is the derived object's run().

@@ -10,15 +10,15 @@
 
 namespace {
 
-// Never started, even when it is registered: whoever wants its data loads the file.
+// Never started, even when it is registered: an interface, like the printed lines.
 constexpr char NOT_STARTED[] = "ConfigSystemHandler";
 
 }  // namespace
 
 bool CAppConfigManager::init() {
     mMapHandlers.clear();
-    // Never freed: handlers live until the process ends. All but the device-type handler stay
-    // unregistered and so never touch their files; the instrument relies on that.
+    // Never freed: handlers live until the process ends. Which one is registered decides which
+    // files this process owns, and is an interface.
     new CConfigAutoSaveHandler;
     new CConfigPresetHandler;
     new CConfigSystemHandler;

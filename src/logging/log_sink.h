@@ -11,8 +11,9 @@
 
 namespace core_logger {
 
-// Made and owned by the logger. handleEvent() runs on the worker thread of the queue that the
-// sink was given; the other operations are called by the logger's controlling thread.
+// Made by the logger, shared with the deliveries under way, so that the last one may destroy it.
+// handleEvent() runs on the worker thread of the queue that the sink was given, getWorkQueue() on
+// any thread that logs; the other operations are called by the logger's controlling thread.
 class CLogSink : public core::IEvtHandler {
   public:
     explicit CLogSink(std::shared_ptr<core_utils::CWorkQueue> workQueue)

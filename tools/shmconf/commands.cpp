@@ -22,6 +22,7 @@ std::vector<sObject> findObjects(const Words& words) {
 
 std::vector<sRow> readRows(const CSegment& segment, const std::vector<sObject>& objects) {
     std::vector<sRow> rows;
+    rows.reserve(objects.size());
     for (const sObject& object : objects)
         rows.push_back({object, segment.read(object)});
     return rows;

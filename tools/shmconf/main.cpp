@@ -1,6 +1,8 @@
 // shmconf: shows and changes the objects of the segment that the daemon shares with its peers.
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <cstdio>
+#include <exception>
 #include <iostream>
 #include <limits>
 
@@ -87,9 +89,7 @@ void defineCommands(CLI::App& app, sArguments& arguments, eExitStatus& status) {
     });
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int run(int argc, char** argv) {
     CLI::App app("Shows and changes the settings that the configuration daemon shares.", "shmconf");
     app.require_subcommand(1);
     app.footer(FOOTER);
@@ -110,4 +110,15 @@ int main(int argc, char** argv) {
     }
     std::cout.flush();
     return std::cout ? status : STATUS_FAILED;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return run(argc, argv);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "shmconf: %s\n", error.what());
+        return STATUS_FAILED;
+    }
 }

@@ -31,6 +31,7 @@ void watch(std::ostream& out, const CSegment& segment, const std::vector<sObject
            const sWatchOptions& options) {
     // Compared as printed: a number that is not one differs from itself.
     std::vector<std::string> known;
+    known.reserve(objects.size());
     for (const sObject& object : objects)
         known.push_back(describe({object, segment.read(object)}));
     out << "watching " << objects.size() << (objects.size() == 1 ? " object" : " objects")

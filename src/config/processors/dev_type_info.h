@@ -4,10 +4,6 @@
 
 #include <utility>
 
-// Processors and their manager live until the process ends and are never deleted through a base,
-// so no class below this one has a virtual destructor.
-#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
-
 // The device-info provider; the configuration manager is the one in the daemon.
 class IDevTypeInfo {
   public:
