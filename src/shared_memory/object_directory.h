@@ -13,9 +13,9 @@ struct sSharedObject {
     eElement element;
 };
 
-// Peers look the objects up by these exact names. The identifiers that are missing stay free: 6,
-// 23, 26 and 31 are gaps between groups of items, 42 to 46 are the records of the preset memories,
-// 47 names nothing.
+// Peers look the objects up by these exact names. The identifiers that are missing stay unassigned:
+// 6, 23, 26 and 31 are gaps between groups of items, 42 to 46 are the records of the preset
+// memories, 47 names nothing. New objects begin at 49.
 inline constexpr sSharedObject OBJECT_DIRECTORY[] = {
     {0, "VOLTAGE_DATA_MEM", eElement::DOUBLE}, {1, "CURRENT_DATA_MEM", eElement::DOUBLE},
     {2, "OPP_DATA_MEM", eElement::DOUBLE},     {3, "OVP_DATA_MEM", eElement::DOUBLE},

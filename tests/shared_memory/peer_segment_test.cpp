@@ -6,6 +6,8 @@
 #include <cmath>
 #include <filesystem>
 #include <future>
+#include <regex>
+#include <sstream>
 
 #include "support/files.h"
 #include "support/peer.h"
@@ -97,6 +99,24 @@ TEST(PeerSegment, WaitsForAnotherProcessAndNoLongerThanToldTo) {
     EXPECT_EQ(-SIGKILL, holder.run());
     EXPECT_EQ(eOutcome::LOCKED, segment.waitForChange(0, values, 1ms, 20s).outcome);
     EXPECT_EQ(eOutcome::LOCKED, segment.write(0, values).outcome);
+}
+
+// Whoever shares the segment without our header reads the page.
+TEST(SharedMemoryPage, ListsEveryObjectOfTheDirectoryWithItsElements) {
+    const char* const elements[] = {"double", "byte", "text"};
+    std::string expected;
+    for (const auto& object : core_utils::OBJECT_DIRECTORY) {
+        expected += "| " + std::to_string(object.id) + " | " + object.name + " | " +
+                    elements[static_cast<int>(object.element)] + '\n';
+    }
+    std::string listed;
+    std::istringstream page(readFile(TEST_SHARED_MEMORY_PAGE));
+    const std::regex row(R"((\| \d+ \| \w+ \| \w+) \|.*)");
+    std::smatch cells;
+    for (std::string line; std::getline(page, line);) {
+        if (std::regex_match(line, cells, row)) listed += cells[1].str() + '\n';
+    }
+    EXPECT_EQ(expected, listed);
 }
 
 }  // namespace
