@@ -1,0 +1,151 @@
+# The cases of one boot. CASES names them, with commas; ROUNDS and SEED are for the identities.
+# shellcheck shell=dash disable=SC3028 # BusyBox knows RANDOM
+CONFIG=/etc/quenvel/config/system
+FILE=$CONFIG/devtype_info.cfg
+INIT=/etc/init.d/S20app_config_manager
+OUTPUT=/var/log/app_config_manager.log
+SEGMENT=/dev/shm/CONF_AUTO_SAVE_MEM
+RANDOM=${SEED:-1}
+COLD=/etc/quenvel/cold
+failures=0
+
+wrong() {
+    echo "WRONG: $*"
+    failures=$((failures + 1))
+}
+
+# await COMMAND...: until it succeeds, for at most twenty seconds.
+await() {
+    tries=1000
+    until "$@" 2>/dev/null; do
+        tries=$((tries - 1))
+        if [ $tries = 0 ]; then wrong "waited 20 s for: $*" && return 1; fi
+        sleep 0.02
+    done
+}
+
+# Its file is loaded and published: from then on it sleeps and looks.
+is_polling() { awk '/^voluntary/ { exit $2 < 20 }' /proc/"$1"/status; }
+recorded() { sed -n 's/^DEV_INFORMATION=//p' $FILE; }
+
+# The identity that the file has at the next start.
+record() { sed -i "s/^\(DEV_INFORMATION=\).*/\1$1/" $FILE; }
+
+publish() {
+    case $1 in
+        shmconf) shmconf set CNF_DEV_TYP_MEM "$2" >/dev/null ;;
+        shmconf_cold)
+            echo 3 >/proc/sys/vm/drop_caches
+            LD_LIBRARY_PATH=$COLD $COLD/shmconf set CNF_DEV_TYP_MEM "$2" >/dev/null
+            ;;
+        foreign) board_peer CNF_DEV_TYP_MEM "$2" ;;
+        foreign_stopped) board_peer CNF_DEV_TYP_MEM "$2" $((RANDOM / 64)) ;;
+    esac
+}
+
+# The daemon waits, a peer publishes, the file has the published text: one round each, with the
+# segment of the round before or a new one, and the peer at any moment of the daemon's polling. A
+# cold peer loads its code from the disk page by page while it runs, as on a board with flash; a
+# stopped one has half of the text written for up to half a second.
+case_identities() {
+    mkdir -p $COLD
+    cp /usr/bin/shmconf /lib/lib* $COLD
+    sync
+    round=0
+    wrong_rounds=0
+    while [ $round -lt "${ROUNDS:-100}" ]; do
+        for peer in shmconf foreign shmconf_cold foreign_stopped; do
+            for text in 35_VOLTS_DEV_1CH 35_VOLTS_DEV_2CH 100_VOLTS_DEV_1CH 100_VOLTS_DEV_2CH \
+                KOL_35_VOLTS_DEV_2CH; do
+                round=$((round + 1))
+                record UNKNOWN
+                rm -f $OUTPUT
+                if [ $((RANDOM % 2)) = 0 ]; then rm -f $SEGMENT; fi
+                app_config_manager >$OUTPUT 2>&1 &
+                await grep -q '^Process COnfigHandler' $OUTPUT
+                await is_polling $!
+                usleep $((RANDOM * 6))
+                publish $peer $text || wrong "$peer ends with $?"
+                await grep -q '^Dev Type' $OUTPUT
+                kill $! && wait $! 2>/dev/null
+                if [ "$(recorded)" = $text ]; then continue; fi
+                wrong "round $round: $peer published $text, recorded $(recorded)"
+                wrong_rounds=$((wrong_rounds + 1))
+            done
+        done
+    done
+    echo "$round rounds, $wrong_rounds wrong"
+}
+
+are_daemons() { [ "$(pidof app_config_manager | wc -w)" = "$1" ]; }
+are_banners() { [ "$(grep -cx 'App Config Manager' $OUTPUT)" = "$1" ]; }
+
+case_init_script() {
+    rm -f $OUTPUT
+    $INIT start
+    await are_banners 1
+    first=$(pidof app_config_manager)
+    $INIT start
+    sleep 1
+    [ "$(pidof app_config_manager)" = "$first" ] ||
+        wrong "after a second start: $(pidof app_config_manager), not $first"
+    $INIT restart
+    await are_banners 2
+    await are_daemons 1
+    [ "$(pidof app_config_manager)" != "$first" ] || wrong "the restart left the daemon alone"
+    $INIT stop
+    await are_daemons 0
+    if [ -e /var/run/app_config_manager.pid ]; then wrong "the stop left the pid file"; fi
+    $INIT stop && wrong "a second stop succeeds"
+    echo "start, second start, restart, stop, second stop"
+}
+
+# follow FILE LINE OBJECT VALUE...: sets the object and waits for the line in the file.
+follow() {
+    file=$1
+    line=$2
+    shift 2
+    shmconf set "$@" >/dev/null || wrong "shmconf set $* ends with $?"
+    await grep -qx "$line" "$CONFIG/$file" && echo "$1 -> $file: $line"
+}
+
+case_handlers() {
+    record 35_VOLTS_DEV_2CH
+    rm -f $SEGMENT
+    board_handlers >/dev/null 2>&1 &
+    await grep -qx STATE=1 $CONFIG/conf_auto_save.cfg
+    await shmconf get CNF_PM5_SEL_MEM >/dev/null
+    follow conf_auto_save.cfg VOL_LVL=12.500000,30.000000 VOLTAGE_DATA_MEM 12.5 30
+    follow conf_auto_save.cfg VOL_LVL=1.250000,30.000000 VOLTAGE_DATA_MEM 1.25 30
+    follow conf_auto_save.cfg OUT_MOD=1,0 OUTP_MODE_MEM 1 0
+    follow conf_auto_save.cfg WLAN_SSID=a-longer-name WLAN_SSID_MEM a-longer-name
+    follow conf_preset.cfg VoltageSet=1.500000,2.500000 \
+        CNF_PM2_DBL_MEM 1.5 2.5 3 4 5 6 7 8 9 10 11 12 13 14 15 16
+    follow conf_preset.cfg ChnConnMode=200,201 \
+        CNF_PM5_SEL_MEM 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 200 201
+    kill $! && wait $! 2>/dev/null
+}
+
+busy_ms() { awk '{ print ($14 + $15) * 10 }' /proc/"$1"/stat; }
+wake_ups() { awk '/ctxt_switches/ { n += $2 } END { print n }' /proc/"$1"/status; }
+
+case_load() {
+    record UNKNOWN
+    rm -f $SEGMENT
+    app_config_manager >$OUTPUT 2>&1 &
+    await is_polling $!
+    woken=$(wake_ups $!)
+    busy=$(busy_ms $!)
+    sleep 10
+    echo "waiting for 10 s: $(($(wake_ups $!) - woken)) wake-ups," \
+        "$(($(busy_ms $!) - busy)) ms of processor time"
+    awk '/^(Rss|Anonymous|Pss_Shmem):/ { print "resident: " $0 }' /proc/$!/smaps_rollup
+    kill $! && wait $! 2>/dev/null
+}
+
+for case in $(echo "$CASES" | tr , ' '); do
+    echo "== $case"
+    case_"$case"
+done
+echo "$failures failures"
+[ $failures = 0 ]
