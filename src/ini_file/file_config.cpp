@@ -12,6 +12,7 @@
 #include <string_view>
 
 #include "ini_file/chunk_reader.h"
+#include "ini_file/chunk_syntax.h"
 #include "logging/logger.h"
 
 namespace core_utils {
@@ -24,24 +25,8 @@ constexpr int VALUE_CAPACITY = 100;
 constexpr int NUMBER_CAPACITY = 320;  // characters of the longest double with six decimals
 constexpr int HEAD_CAPACITY = 256;    // line ends, header and line
 
-bool isBlank(char character) {
-    return static_cast<unsigned char>(character) <= ' ';
-}
-
 bool isUsable(const char* section, const char* key) {
     return section != nullptr && key != nullptr && std::strlen(section) <= MAX_SECTION_LENGTH;
-}
-
-bool isHeaderOf(std::string_view chunk, std::string_view section) {
-    return chunk.size() >= section.size() + 2 && chunk[section.size() + 1] == ']' &&
-           chunk.compare(1, section.size(), section) == 0;
-}
-
-// The key of a key line, or empty for every other chunk: a comment is never a key.
-std::string_view keyOf(std::string_view chunk) {
-    const std::size_t equals = chunk.find('=');
-    if (equals == std::string_view::npos || chunk.front() == '#') return {};
-    return chunk.substr(0, equals);
 }
 
 // The last header that matched, which is where a new key goes.
@@ -57,7 +42,7 @@ bool findKey(CChunkReader& reader, std::string_view section, std::string_view ke
     bool inSection = false;
     while (reader.next()) {
         const std::string_view chunk = reader.chunk();
-        if (chunk.front() == '[') {
+        if (isHeader(chunk)) {
             inSection = isHeaderOf(chunk, section);
             if (inSection) position = {reader.begin(), reader.end()};
         } else if (inSection && !key.empty() && keyOf(chunk) == key) {
@@ -65,17 +50,6 @@ bool findKey(CChunkReader& reader, std::string_view section, std::string_view ke
         }
     }
     return false;
-}
-
-// The first token after the "=" of a key line; empty if there is none.
-std::string_view valueOf(std::string_view chunk) {
-    std::string_view value = chunk.substr(chunk.find('=') + 1);
-    while (!value.empty() && isBlank(value.front()))
-        value.remove_prefix(1);
-    std::size_t length = 0;
-    while (length < value.size() && !isBlank(value[length]))
-        ++length;
-    return value.substr(0, length);
 }
 
 void skipRestOfLine(CChunkReader& reader) {
