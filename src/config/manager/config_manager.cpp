@@ -25,9 +25,6 @@ enum eProcessor { DEV_VAR_SYSTEM, AUTO_SAVE, SYSTEM, PRESET, DEV_TYPE };
 
 constexpr int LOOK_PERIOD_MS = 10;
 
-constexpr char SYNC_SECTION[] = "SETTING_SYNC";
-constexpr char SYNC_KEY[] = "SYNC";
-
 }  // namespace
 
 CConfigManager::CConfigManager() {

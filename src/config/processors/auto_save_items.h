@@ -8,6 +8,13 @@
 
 namespace hxl_config_handler {
 
+inline constexpr char AUTO_SAVE_FILE_NAME[] = "conf_auto_save.cfg";
+inline constexpr char STATUS_SECTION[] = "CONF_STATUS";
+inline constexpr char STATE_KEY[] = "STATE";
+inline constexpr char NUMBERS_SECTION[] = "CONF_ITEM_DBL";
+inline constexpr char BYTES_SECTION[] = "CONF_ITEM_SEL";
+inline constexpr char TEXTS_SECTION[] = "CONF_ITEM_STR";
+
 template <typename Default>
 struct sAutoSaveItem {
     int id;  // also of its shared object

@@ -14,17 +14,13 @@ namespace hxl_config_handler {
 
 namespace {
 
-constexpr char FILE_NAME[] = "conf_auto_save.cfg";
-constexpr char STATUS_SECTION[] = "CONF_STATUS";
-constexpr char STATE_KEY[] = "STATE";
-
 // What differs between the three types of items: section, table, conversion.
 template <typename T>
 struct sGroup;
 
 template <>
 struct sGroup<double> {
-    static constexpr char SECTION[] = "CONF_ITEM_DBL";
+    static constexpr auto& SECTION = NUMBERS_SECTION;
     static constexpr auto& ITEMS = NUMBER_ITEMS;
 
     static void append(std::vector<double>& values, const std::string& piece, bool) {
@@ -34,12 +30,12 @@ struct sGroup<double> {
 
 template <>
 struct sGroup<unsigned char> {
-    static constexpr char SECTION[] = "CONF_ITEM_SEL";
+    static constexpr auto& SECTION = BYTES_SECTION;
     static constexpr auto& ITEMS = BYTE_ITEMS;
 
     static void append(std::vector<unsigned char>& values, const std::string& piece, bool last) {
         try {
-            values.push_back(static_cast<unsigned char>(std::stoi(piece)));
+            values.push_back(toByte(piece));
         } catch (const std::logic_error&) {
             std::puts(last ? "!!!!!!!!!!! CConfigAutoSaveMngr::parseConfigAutoSaveFileNewVal "
                              "exception catch 2 !!!!!!!!!!!!"
@@ -51,7 +47,7 @@ struct sGroup<unsigned char> {
 
 template <>
 struct sGroup<std::string> {
-    static constexpr char SECTION[] = "CONF_ITEM_STR";
+    static constexpr auto& SECTION = TEXTS_SECTION;
     static constexpr auto& ITEMS = TEXT_ITEMS;
 
     static void append(std::vector<std::string>& values, const std::string& piece, bool) {
@@ -130,7 +126,7 @@ int CConfigAutoSaveProcessor::SetSharedMemData(int id, CConfData* record) {
 }
 
 int CConfigAutoSaveProcessor::parseConfigAutoSaveFile() {
-    if (!openFile(FILE_NAME, "r+b")) {
+    if (!openFile(AUTO_SAVE_FILE_NAME, "r+b")) {
         std::puts("failed to open dev type file config ");
         return 0;
     }
@@ -142,7 +138,7 @@ int CConfigAutoSaveProcessor::parseConfigAutoSaveFile() {
     bool saved = true;
     try {
         // Only the low byte counts: 256 is a fresh file too.
-        saved = (std::stoi(text) & 0xFF) != 0;
+        saved = toByte(text) != 0;
     } catch (const std::logic_error&) {
         std::puts(
             "!!!!!!!!!!!!!! CConfigAutoSaveMngr::parseConfigAutoSaveFile expception catch "
@@ -239,7 +235,7 @@ int CConfigAutoSaveProcessor::save(int id, CConfData* record) {
 
 bool CConfigAutoSaveProcessor::openForWriting() {
     if (mpFileConfig && mpFileConfig->isOpen()) return true;
-    if (openFile(FILE_NAME, "r+b")) return true;
+    if (openFile(AUTO_SAVE_FILE_NAME, "r+b")) return true;
     std::puts("failed to open dev type file config ");
     return false;
 }

@@ -7,24 +7,16 @@
 
 namespace hxl_config_handler {
 
-namespace {
-
-constexpr char FILE_NAME[] = "devtype_info.cfg";
-constexpr char SECTION[] = "PROCESSED_DEV_INFORMATION";
-constexpr char KEY[] = "DEV_INFORMATION";
-
-}  // namespace
-
 CConfigDevTypeProcessor::CConfigDevTypeProcessor()
     : CAbsConfigProcesor("CConfigDevTypeProcessor") {}
 
 int CConfigDevTypeProcessor::LoadConfigFile() {
-    if (!openFile(FILE_NAME, "rb")) {
+    if (!openFile(DEV_TYPE_FILE_NAME, "rb")) {
         std::puts("failed to open dev type");
         return 0;
     }
     std::string value;
-    const bool bResult = mpFileConfig->read(SECTION, KEY, value);
+    const bool bResult = mpFileConfig->read(DEV_TYPE_SECTION, DEV_TYPE_KEY, value);
     auto* record = getRecordAs<CConfDevTypeInfoData>(DEV_TYPE_ID);
     if (!bResult || record == nullptr) {
         std::printf("bReul : %d \n", bResult);
@@ -66,11 +58,11 @@ bool CConfigDevTypeProcessor::writeDevInfo(const std::string& value) {
     }
     std::puts("!!!!!!!!!!!!! OPEN CHECK !!!!!!!!!!!!!! ");
     mpFileConfig->close();
-    if (!openFile(FILE_NAME, "r+b")) std::puts("failed to open dev type file config ");
+    if (!openFile(DEV_TYPE_FILE_NAME, "r+b")) std::puts("failed to open dev type file config ");
     std::puts("!!!!!!!!!!!!! OPEN CHECK DONE!!!!!!!!!!!!!! ");
 
     std::puts("!!!!!!!!!!!!! WRTING !!!!!!!!!!!!!! ");
-    const bool bResult = mpFileConfig->write(SECTION, KEY, value);
+    const bool bResult = mpFileConfig->write(DEV_TYPE_SECTION, DEV_TYPE_KEY, value);
     std::printf("!!!!!!!!!!!!! WRTING bResult : %d !!!!!!!!!!!!!! \n", bResult);
     if (!bResult) {
         std::puts("FAILED TO WRITE DEV TYPE INFO ");

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdio>
+#include <iterator>
 
 #include "config/records/drift_correction_data.h"
 #include "config/records/service_setting_data.h"
@@ -11,40 +12,22 @@ namespace hxl_config_handler {
 
 namespace {
 
-constexpr char FILE_NAME[] = "dev_var_system_config.cfg";
-
-constexpr const char* SERVICE_KEYS[] = {
-    "OTP",
-    "FanCtrlThreshold_Curr",
-    "FanCtrlThreshold_Pwr",
-    "ServiceMode_FanCtrlMin",
-    "ServiceMode_FanCtrlMax",
-    "ServiceMode_PWMMinPercentage",
-    "ServiceMode_PWMMaxPercentage",
-    "Non_ServiceMode_FanCtrlMin",
-    "Non_ServiceMode_FanCtrlMax",
-    "Non_ServiceMode_PWMMinPercentage",
-    "Non_ServiceMode_PWMMaxPercentage",
-};
-
-// In the order of the file, which is not that of the record: the divisor moves up.
-struct sDriftKey {
-    const char* key;
-    double defaultValue;
-    std::size_t recordIndex;
-};
-constexpr sDriftKey DRIFT_KEYS[] = {
-    {"CORRECTION_FACTOR", 0.002, 1},
-    {"MAX_TEMP", 35.0, 3},
-    {"MAX_CURRENT", 3.0, 4},
-    {"MINIMUM_VOLTAGE_ERROR", 0.001, 5},
-    {"MAXIMUM_VOLTAGE_ERROR", 0.03, 6},
-    {"CORRECTION_FACTOR_DIVISOR", 10.0, 2},
-    {"SUB_VOLTAGE", 0.1, 7},
-};
-constexpr std::size_t DRIFT_COUNT = 1 + sizeof DRIFT_KEYS / sizeof *DRIFT_KEYS;
+constexpr std::size_t DRIFT_COUNT = 1 + std::size(DRIFT_KEYS);
 
 }  // namespace
+
+// A unit that does not know its variant reads the bare section.
+std::string sectionOfVariant(const std::string& section, int devType) {
+    switch (devType) {
+        case 1:
+        case 3:
+            return section + "_35V_DEV";
+        case 2:
+            return section + "_100V_DEV";
+        default:
+            return section;
+    }
+}
 
 CConfigDevVarSystemProcessor::CConfigDevVarSystemProcessor()
     : CAbsConfigProcesor("CConfigDevVarSystemProcessor") {}
@@ -52,7 +35,7 @@ CConfigDevVarSystemProcessor::CConfigDevVarSystemProcessor()
 int CConfigDevVarSystemProcessor::LoadConfigFile() {
     const auto [devType, chnCount] = getDevTypeInfo();
     std::printf("%s dev type : %d chn cnt : %d \n", mstrName.c_str(), devType, chnCount);
-    if (!openFile(FILE_NAME, "rb")) {
+    if (!openFile(DEV_VAR_FILE_NAME, "rb")) {
         std::printf("failed to oepn");
         std::fflush(stdout);
         return 0;
@@ -86,24 +69,11 @@ CConfData* CConfigDevVarSystemProcessor::GetSharedMemData(int id) {
     return record.release();
 }
 
-// A unit that does not know its variant reads the bare section.
-std::string CConfigDevVarSystemProcessor::sectionOfVariant(const std::string& section) {
-    switch (getDevTypeInfo().first) {
-        case 1:
-        case 3:
-            return section + "_35V_DEV";
-        case 2:
-            return section + "_100V_DEV";
-        default:
-            return section;
-    }
-}
-
 void CConfigDevVarSystemProcessor::loadServiceSettings() {
-    const std::string section = sectionOfVariant("SETTING_SERVICE");
+    const std::string section = sectionOfVariant(SERVICE_SECTION, getDevTypeInfo().first);
     std::vector<double> values;
     for (const char* key : SERVICE_KEYS) {
-        float value = 0.0F;
+        float value = SERVICE_DEFAULT;
         mpFileConfig->read(section, key, value);
         values.push_back(value);
     }
@@ -114,10 +84,10 @@ void CConfigDevVarSystemProcessor::loadServiceSettings() {
 }
 
 void CConfigDevVarSystemProcessor::loadDriftCorrection() {
-    const std::string section = sectionOfVariant("DRIFT_CORRECTION");
+    const std::string section = sectionOfVariant(DRIFT_SECTION, getDevTypeInfo().first);
     std::vector<double> values(DRIFT_COUNT);
-    int toApply = 0;
-    mpFileConfig->read(section, "TO_APPLY", toApply);
+    int toApply = TO_APPLY_DEFAULT;
+    mpFileConfig->read(section, TO_APPLY_KEY, toApply);
     values[0] = toApply;
     for (const sDriftKey& drift : DRIFT_KEYS) {
         double value = drift.defaultValue;

@@ -2,7 +2,7 @@
 
 #include <cstddef>
 #include <cstdio>
-#include <cstdlib>
+#include <iterator>
 
 #include "config/processors/value_list.h"
 #include "shared_memory/shared_memory.h"
@@ -10,8 +10,6 @@
 namespace hxl_config_handler {
 
 namespace {
-
-constexpr char FILE_NAME[] = "conf_preset.cfg";
 
 struct sPresetMemory {
     int recordId;
@@ -24,6 +22,7 @@ constexpr sPresetMemory PRESET_MEMORIES[] = {
     {42, "PM1_DBL", 1, 32, 33}, {43, "PM2_DBL", 2, 34, 35}, {44, "PM3_DBL", 3, 36, 37},
     {45, "PM4_DBL", 4, 38, 39}, {46, "PM5_DBL", 5, 40, 41},
 };
+static_assert(std::size(PRESET_MEMORIES) == PRESET_COUNT);
 // What an unknown record identifier stands for.
 constexpr sPresetMemory NO_PRESET_MEMORY{0, "", 0, 0, 0};
 
@@ -40,14 +39,6 @@ void setDefaults(sPresetBlock& block, const sPresetSetting<T> (&settings)[COUNT]
         for (T& channel : block.*setting.values)
             channel = setting.defaults[devType - 1];
     }
-}
-
-void convert(const std::string& piece, float& value) {
-    value = static_cast<float>(std::strtod(piece.c_str(), nullptr));
-}
-
-void convert(const std::string& piece, unsigned char& value) {
-    value = static_cast<unsigned char>(std::strtol(piece.c_str(), nullptr, 10));
 }
 
 // Reads "channel 1,channel 2"; what follows a second comma does not count.
@@ -76,10 +67,15 @@ bool writeSettings(core_utils::CFileConfig& file, const std::string& section,
 
 }  // namespace
 
+std::string presetSection(int presetNo, int devType) {
+    const char* variant = devType == 2 ? "100_VOLTS_DEV" : "35_VOLTS_DEV";
+    return "INSTRUMENT_SETTING_" + std::to_string(presetNo) + "_" + variant;
+}
+
 CConfigPresetProcessor::CConfigPresetProcessor() : CAbsConfigProcesor("ConfPreset") {}
 
 int CConfigPresetProcessor::LoadConfigFile() {
-    if (!openFile(FILE_NAME, "r+b")) {
+    if (!openFile(PRESET_FILE_NAME, "r+b")) {
         std::puts("!!!!!!!!!!! Failed to open Configuration Preset File ");
         return 0;
     }
@@ -153,8 +149,7 @@ int CConfigPresetProcessor::recordIdOf(int presetNo) {
 }
 
 std::string CConfigPresetProcessor::sectionOf(int presetNo) {
-    const char* variant = getDevTypeInfo().first == 2 ? "100_VOLTS_DEV" : "35_VOLTS_DEV";
-    return "INSTRUMENT_SETTING_" + std::to_string(presetNo) + "_" + variant;
+    return presetSection(presetNo, getDevTypeInfo().first);
 }
 
 sPresetBlock CConfigPresetProcessor::readSection(const std::string& section) {
@@ -174,7 +169,7 @@ bool CConfigPresetProcessor::writeSection(const std::string& section, const sPre
     const bool states = writeSettings(*mpFileConfig, section, PRESET_STATES, block);
     const bool numbers = writeSettings(*mpFileConfig, section, PRESET_NUMBERS, block);
     mpFileConfig->close();
-    if (!openFile(FILE_NAME, "r+b")) {
+    if (!openFile(PRESET_FILE_NAME, "r+b")) {
         std::puts("FileConfig[1],Failed to open conf preset configuration ");
     }
     return states && numbers;

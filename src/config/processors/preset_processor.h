@@ -7,6 +7,12 @@
 
 namespace hxl_config_handler {
 
+inline constexpr char PRESET_FILE_NAME[] = "conf_preset.cfg";
+inline constexpr int PRESET_COUNT = 5;  // memories, numbered from 1
+
+// The section of a preset memory; an unknown device type has that of types 1 and 3.
+std::string presetSection(int presetNo, int devType);
+
 // Keeps each preset memory in three places: a section of the file, two shared objects and a
 // record. The file stays open after the load; each save closes it, so that the preset reaches
 // storage, and opens it again.

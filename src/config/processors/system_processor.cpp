@@ -6,16 +6,6 @@
 
 namespace hxl_config_handler {
 
-namespace {
-
-constexpr char SHARING_SECTION[] = "CURRENT_SHARING_W1";
-constexpr const char* SHARING_KEYS[] = {"DOMINANT_PART", "SUPPORTING_PART", "MID_POINT",
-                                        "CONVERGE_POINT"};
-constexpr char VERSION_SECTION[] = "FW_VERSION";
-constexpr char VERSION_KEY[] = "Value";
-
-}  // namespace
-
 CConfigSystemProcessor::CConfigSystemProcessor() : CAbsConfigProcesor("CConfigSystemProcessor") {}
 
 int CConfigSystemProcessor::LoadConfigFile() {
@@ -43,7 +33,7 @@ CConfData* CConfigSystemProcessor::GetSharedMemData(int id) {
 void CConfigSystemProcessor::loadCurrentSharing() {
     std::vector<double> values;
     for (const char* key : SHARING_KEYS) {
-        double value = 0.0;
+        double value = SHARING_DEFAULT;
         mpFileConfig->read(SHARING_SECTION, key, value);
         values.push_back(value);
     }
@@ -53,7 +43,7 @@ void CConfigSystemProcessor::loadCurrentSharing() {
 }
 
 void CConfigSystemProcessor::loadChnFwVersion() {
-    std::string version = "VERSION";
+    std::string version = VERSION_DEFAULT;
     mpFileConfig->read(VERSION_SECTION, VERSION_KEY, version);
     auto* record = getRecordAs<CConfChnFwVersionData>(CHN_FW_VERSION_ID);
     if (record != nullptr) record->SetText(version);

@@ -2,6 +2,7 @@
 #ifndef CONFIG_PROCESSORS_VALUE_LIST_H
 #define CONFIG_PROCESSORS_VALUE_LIST_H
 
+#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -19,6 +20,19 @@ inline std::vector<std::string> splitList(const std::string& text) {
     }
     pieces.push_back(text.substr(begin));
     return pieces;
+}
+
+// The low 8 bits of a number. Throws what std::stoi does for text that is none.
+inline unsigned char toByte(const std::string& piece) {
+    return static_cast<unsigned char>(std::stoi(piece));
+}
+
+// As C reads them: text that is no number is 0.
+inline void convert(const std::string& piece, float& value) {
+    value = static_cast<float>(std::strtod(piece.c_str(), nullptr));
+}
+inline void convert(const std::string& piece, unsigned char& value) {
+    value = static_cast<unsigned char>(std::strtol(piece.c_str(), nullptr, 10));
 }
 
 inline std::string formatValue(const std::string& value) {
