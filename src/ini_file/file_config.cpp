@@ -68,7 +68,7 @@ void appendRemainder(CChunkReader& reader, std::string& tail) {
         const bool header = !keyLine && chunk.front() == '[';
         if (header && !continuation) tail += '\n';
         if (keyLine || header || chunk.front() == '#' || continuation) tail += chunk;
-        // Also after a line of 80 characters that is complete: rewritten files rely on it.
+        // Also after a line of 80 characters that is complete: this is part of the file format.
         continuation = chunk.size() == CChunkReader::CHUNK_SIZE;
     }
 }
@@ -212,7 +212,7 @@ bool CFileConfig::writeValue(const char* section, const char* key, const char* v
 
     char line[MAX_LINE_LENGTH + 1];
     const int length = std::snprintf(line, sizeof line, "%s=%s\n", key, value);
-    // Peers rely on the odd limit: one character too many is refused, more are cut off.
+    // Part of the file format: one character too many is refused, more are cut off.
     if (length < 0 || length == MAX_LINE_LENGTH + 1) return false;
 
     CChunkReader reader(mFile);

@@ -6,8 +6,8 @@
 
 namespace core_utils {
 
-// Thin, silent and without state: true for success, the reason of a failure is in errno. Any
-// thread may call.
+// Thin, silent and without state: true for success. The reason of a failure is in errno, except
+// where copyFile() refuses on its own account. Any thread may call.
 class CFileSystem {
   public:
     static bool renameFile(const std::string& oldPath, const std::string& newPath);

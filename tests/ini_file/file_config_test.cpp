@@ -98,7 +98,7 @@ TEST(FileConfig, RewritesOnlyWhatAWriteMustChange) {
     const std::string head = "\ntext\n[Sec]\n\nA=1\n";
     const std::string untidy = "\ntext\n=1\n#c\n[B]\n\nKey=3\n[a=b]\n";
     const std::string tidied = "#c\n\n[B]\nKey=3\n[a=b]\n";
-    const std::string longLine = "[Sec]\nKey=" + filled(90) + "\nA=1\n";
+    const std::string longLine = "[Sec]\nKey=" + filled(76) + "a=b\nA=1\n";
     const std::string key = "[Sec]\nKey=1\n";
     const std::string longComment = "#" + filled(5000) + "\n";
     const std::string whole = filled(79) + "\n";  // a line that fills its chunk
@@ -160,31 +160,32 @@ TEST(FileConfig, WritesNumbersInFullAndCreatesNothingThatIsNotWanted) {
     EXPECT_EQ("[Sec]\nB=12.500000\nA=-2147483647\n", support::readFile(PATH));
 }
 
-void expectRefusal(CFileConfig& file, const char* section, const char* key, const char* value) {
-    char buffer[9];
-    int size = sizeof(buffer);
-    EXPECT_FALSE(file.readValue(section, key, value == nullptr ? nullptr : buffer, &size));
-    EXPECT_EQ(-1, size);
-    EXPECT_FALSE(file.writeValue(section, key, value, 1));
-    if (value != nullptr) {
-        EXPECT_FALSE(file.removeKey(section, key));
-    }
-}
-
 TEST(FileConfig, RefusesMissingArgumentsAndAFileThatIsNotOpen) {
     support::writeFile(PATH, "[Sec]\nKey=1\n");
-    CFileConfig file;
-    EXPECT_FALSE(file.open(support::configPath("none.cfg"), "r+b"));
-    expectRefusal(file, "Sec", "Key", "2");
-    ASSERT_TRUE(file.open(PATH, "r+b"));
-    EXPECT_FALSE(file.open(support::configPath("none.cfg"), "w+b")) << "the first one stays";
-    EXPECT_TRUE(file.isOpen());
-    expectRefusal(file, nullptr, "Key", "2");
-    expectRefusal(file, "Sec", nullptr, "2");
-    expectRefusal(file, "Sec", "Key", nullptr);
+    const struct {
+        const char* section;
+        const char* key;
+        const char* value;
+        bool open = true;
+    } rows[] = {{nullptr, "Key", "2"},
+                {"Sec", nullptr, "2"},
+                {"Sec", "Key", nullptr},
+                {"Sec", "Key", "2", false}};
+    for (const auto& row : rows) {
+        CFileConfig file;
+        EXPECT_FALSE(file.open(support::configPath("none.cfg"), "r+b"));
+        ASSERT_EQ(row.open, row.open && file.open(PATH, "r+b"));
+        EXPECT_EQ(row.open, file.isOpen());
+        char buffer[9];
+        int size = sizeof buffer;
+        EXPECT_FALSE(file.readValue(row.section, row.key, row.value ? buffer : nullptr, &size));
+        EXPECT_EQ(-1, size);
+        EXPECT_FALSE(file.writeValue(row.section, row.key, row.value, 1));
+        EXPECT_FALSE(file.removeKey(row.value ? row.section : nullptr, row.key));
+        EXPECT_FALSE(row.open && file.open(PATH, "r+b")) << "the first one stays";
+        EXPECT_EQ(row.open, file.close());
+    }
     EXPECT_EQ("[Sec]\nKey=1\n", support::readFile(PATH));
-    EXPECT_TRUE(file.close());
-    EXPECT_FALSE(file.isOpen());
 }
 
 TEST(FileConfig, OpensRegularFilesOnlyAndWaitsForNothing) {
