@@ -86,6 +86,7 @@ TEST(FileConfig, ConvertsAsCDoesButRefusesWhatIsNoDouble) {
         try {
             EXPECT_TRUE(file.read("Sec", "Key", number));
             EXPECT_EQ(static_cast<double>(row.single), number);
+            EXPECT_EQ(nullptr, row.thrown);
         } catch (const std::logic_error& error) {
             EXPECT_STREQ(row.thrown, error.what());
             EXPECT_EQ(std::isinf(single),

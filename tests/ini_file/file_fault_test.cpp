@@ -244,6 +244,18 @@ TEST(FileFaults, AChangeLeavesTheOldFileTheNewOneOrOneThatEndsInTheChange) {
     }
 }
 
+TEST(FileFaults, AValueThatAFailedReadCutsOffIsNotRead) {
+    const std::string path = support::configPath("fault.cfg");
+    support::writeFile(path, "[Sec]\n" + std::string(READ_PART - 13, '#') + "\nKey=1234\n");
+    CFileConfig file;
+    std::string value;
+    run(
+        FAULTS[1], 2, [&] { file.open(path, "r+b"); },
+        [&] { return file.read("Sec", "Key", value); });
+    EXPECT_EQ('r', gpRun->struck);
+    EXPECT_FALSE(gpRun->result);
+}
+
 std::set<std::string> keyLines(const std::string& text) {
     std::istringstream stream(text);
     std::set<std::string> lines;
