@@ -6,9 +6,13 @@
 
 #include "config/handlers/config_handler.h"
 
-// Its thread loads the file once, then polls all items about once a millisecond and has each one
-// saved whose shared values differ from the stored ones. It never writes shared memory. A save
-// that fails is tried again in the next cycle.
+// Its thread loads the file once, which publishes the saved values over those that shared memory
+// holds. Then it polls all items about once a millisecond and has each one saved, with all its
+// shared values, where these differ from the stored ones; an empty or absent vector does not.
+//
+// The stored values drive the comparison. An item that was neither seeded nor saved since the
+// start has none and is not followed; of an item with one stored value only the first shared one
+// is. A save that fails is tried again, and prints again, in every cycle.
 class CConfigAutoSaveHandler : public CAbsConfigHandler {
   public:
     CConfigAutoSaveHandler();

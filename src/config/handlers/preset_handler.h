@@ -7,8 +7,10 @@
 #include "config/handlers/config_handler.h"
 #include "config/records/preset_data.h"
 
-// Its thread loads the file once, then compares one preset memory a millisecond and has the whole
-// block saved when any setting differs. A save that fails is tried again in the next pass.
+// Its thread loads the file once, which publishes the saved presets over those that shared memory
+// holds. Then it compares one preset memory a millisecond and has the whole block saved when any
+// setting differs. A save that fails is tried again, and prints again, in every pass: so does a
+// number that is none, which equals nothing.
 class CConfigPresetHandler : public CAbsConfigHandler {
   public:
     CConfigPresetHandler();

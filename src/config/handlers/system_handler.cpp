@@ -28,7 +28,7 @@ void CConfigSystemHandler::printSystemConfig() {
     std::printf("sCurrentSharing Setting dSupportingPart :%f \n", sharing.dSupportingPart);
     std::printf("sCurrentSharing Setting dMidPoint :%f \n", sharing.dMidPoint);
     std::printf("sCurrentSharing Setting dConvergePoint :%f \n", sharing.dConvergePoint);
-    // The last two labels stand before each other's number: scripts read them that way.
+    // The last two labels stand before each other's number: these lines are an interface.
     std::printf("sCurrentSharing Setting dUpwardGrad_Ch1 :%f \n", sharing.dDownwardGrad_Ch2);
     std::printf("sCurrentSharing Setting dDownwardGrad_Ch2 :%f \n", sharing.dUpwardGrad_Ch1);
     std::printf("CHN FW Version :%s \n", version.c_str());

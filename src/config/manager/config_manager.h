@@ -25,8 +25,8 @@ struct sSerialSettings {
     std::uint32_t uiCount = 10;
 };
 
-// Created once, by the facade, and never freed, nor are its processors. It takes no locks:
-// handler threads may call at the same time, but only one at a time for any one processor.
+// Created once, by the facade, and never freed, nor are its processors. Takes no locks: handler
+// threads may call at the same time, but only one at a time for any one processor.
 //
 // A load that meets text which is no number ends here: one line is printed and the load has
 // failed. Results of processors are handed on unchanged, 0 or false for failure.
@@ -61,8 +61,8 @@ class CConfigManager : public IDevTypeInfo {
     }
 
     // Preset memories 1 to 5. The block comes from the stored preset or from shared memory, and
-    // goes to the file (`bSave`) or to shared memory. False, and nothing changed, for another
-    // number or a preset that cannot be read.
+    // goes to the file (`bSave`) or to shared memory. False for another number, for a preset that
+    // cannot be read (`block` stays), and for a save that fails, of which the file may hold a part.
     bool loadPresetConfig();
     bool getPresetBlock(int presetNo, sPresetBlock& block, bool bStored);
     bool savePresetBlock(int presetNo, const sPresetBlock& block, bool bSave);
@@ -70,7 +70,8 @@ class CConfigManager : public IDevTypeInfo {
     bool loadSystemConfig();
     bool loadDevVarSystemConfig();
 
-    // As published in shared memory; `record` gets zeros, and `version` stays, without it.
+    // As published in shared memory. Where nothing is, the numbers of `record` become zeros;
+    // `version` stays, and so it does for an empty text, and the result is false.
     void getCurrentSharing(CConfCurrentSharingData& record);
     bool getChnFwVersion(std::string& version);
 
@@ -81,7 +82,7 @@ class CConfigManager : public IDevTypeInfo {
     bool loadDevTypeConfig();
 
     // Takes the identity and writes its device string, to the file (`bSave`) or to shared memory.
-    // Always true.
+    // Always true: a save that fails prints why.
     bool setDevTypeInfo(int devType, int chnCount, bool bSave);
     bool writeDevTypeString(const std::string& devString, bool bSave);
 

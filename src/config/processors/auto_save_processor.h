@@ -12,9 +12,13 @@ class CConfigAutoSaveProcessor : public CAbsConfigProcesor {
   public:
     CConfigAutoSaveProcessor();
 
-    // A bad number among the level items ends the load with std::invalid_argument or
-    // std::out_of_range. Saved values go to shared memory alone, not into the records.
+    // Publishes saved values over whatever shared memory holds, and not into the records: these
+    // stay empty until an item is seeded or saved. A bad number among the level items ends the load
+    // with std::invalid_argument or std::out_of_range, and all later items stay unloaded; a bad
+    // byte is dropped alone.
     int LoadConfigFile() override { return parseConfigAutoSaveFile(); }
+
+    // To file, records and shared memory. 0 if one item cannot be saved; the others are.
     int LoadDefaults() override;
     int Initialise() override;
     CConfData* GetConfData(int id) override;

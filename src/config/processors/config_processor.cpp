@@ -7,7 +7,7 @@
 namespace hxl_config_handler {
 
 std::string configFilePath(const std::string& fileName) {
-    return std::string("/etc/quenvel/config/") + "system" + "/" + fileName;
+    return "/etc/quenvel/config/system/" + fileName;
 }
 
 }  // namespace hxl_config_handler

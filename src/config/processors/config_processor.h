@@ -27,8 +27,9 @@ std::string configFilePath(const std::string& fileName);
 // and moves values between file, records and shared memory.
 //
 // A processor owns its file object and its records. It takes no locks: one thread at a time.
-// Operations that return int give non-zero for success. Text of the file that is no number can
-// make LoadConfigFile throw std::invalid_argument or std::out_of_range.
+// Operations that return int give non-zero for success, but for Initialise, which cannot fail:
+// some processors' return 0, some 1. Text of the file that is no number can make LoadConfigFile
+// throw std::invalid_argument or std::out_of_range.
 class CAbsConfigProcesor {
   public:
     // Each processor makes one more shared-memory manager; all use the last one made, and the
@@ -40,7 +41,7 @@ class CAbsConfigProcesor {
     // Opens the file and publishes its values into shared memory.
     virtual int LoadConfigFile() = 0;
 
-    // Puts the factory defaults of this device type into shared memory.
+    // Puts the factory defaults of this device type into shared memory; 0 if there are none.
     virtual int LoadDefaults() = 0;
 
     // Builds the record table.
@@ -50,7 +51,8 @@ class CAbsConfigProcesor {
     virtual hxl_config_handler::CConfData* GetConfData(int id) = 0;
 
     // A new record with the values of the shared object of `id`, which the caller deletes; null
-    // if `id` is no item of this processor or there is no shared-memory manager.
+    // without a shared-memory manager. An `id` that is no item is null to the processors that
+    // hold items of several types; the others make their one type of record for it.
     virtual hxl_config_handler::CConfData* GetSharedMemData(int id) = 0;
 
     // Writes the values of `record`, which stays the caller's, to the file and into the stored

@@ -10,7 +10,7 @@ inline constexpr char DEV_TYPE_FILE_NAME[] = "devtype_info.cfg";
 inline constexpr char DEV_TYPE_SECTION[] = "PROCESSED_DEV_INFORMATION";
 inline constexpr char DEV_TYPE_KEY[] = "DEV_INFORMATION";
 
-// Stores the string as it is given. Prints every step of a save: people follow it on the console.
+// Stores the string as it is given. Prints every step of a save; these lines are an interface.
 class CConfigDevTypeProcessor : public CAbsConfigProcesor {
   public:
     CConfigDevTypeProcessor();

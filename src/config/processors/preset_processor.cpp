@@ -158,12 +158,12 @@ sPresetBlock CConfigPresetProcessor::readSection(const std::string& section) {
         readSetting(*mpFileConfig, section, setting, block);
     for (const auto& setting : PRESET_STATES)
         readSetting(*mpFileConfig, section, setting, block);
-    // The last key is read twice, and a miss is reported twice: people know these lines.
+    // The last key is read twice: a miss is reported twice, and what is printed is an interface.
     readSetting(*mpFileConfig, section, *std::rbegin(PRESET_STATES), block);
     return block;
 }
 
-// States come before numbers in the file's history of writes, and so they do here.
+// States before numbers: the order of the keys in a new section is an interface.
 bool CConfigPresetProcessor::writeSection(const std::string& section, const sPresetBlock& block) {
     if (!mpFileConfig) return false;
     const bool states = writeSettings(*mpFileConfig, section, PRESET_STATES, block);

@@ -29,7 +29,7 @@ class CConfigPresetProcessor : public CAbsConfigProcesor {
     int Initialise() override;
     CConfData* GetConfData(int id) override { return getRecord(id); }
 
-    // Null also if one of the two objects cannot be read or is empty: zeros would be saved over a
+    // Null if one of the two objects cannot be read or is empty: zeros would be saved over a
     // stored preset.
     CConfData* GetSharedMemData(int id) override;
 
