@@ -1,8 +1,10 @@
 #include "host/app_config_manager.h"
 
-#include "config/processors/processor_test.h"
+#include "support/files.h"
 
 namespace {
+
+using support::printedBy;
 
 struct CHandler : CAbsConfigHandler {
     CHandler(bool inits, bool starts) : mInits(inits), mStarts(starts) {}
@@ -20,25 +22,42 @@ struct CRegistry : CAppConfigManager {
 
 TEST(AppConfigManager, StopsAtTheFirstHandlerThatFailsAndSkipsTheSystemHandler) {
     CHandler good(true, true), initFails(false, true), startFails(true, false);
-    using Handlers = std::map<std::string, CAbsConfigHandler*>;
-    const std::string system = "ConfigSystemHandler", process = "Process COnfigHandler : ";
-    const std::tuple<Handlers, std::string, std::string> rows[] = {
-        {{}, "0", "0"},
-        {{{"none", nullptr}}, "0", "0"},
-        {{{system, &good}}, "1", "ProcessEx COnfigHandler : " + system + " \n0"},
-        {{{"A", &startFails}, {"Z", &good}}, "1", process + "A \nFAILED to START :A\n0"},
+    const std::string process = "Process COnfigHandler : ", failed = "FAILED to START :A\n";
+    const struct {
+        std::map<std::string, CAbsConfigHandler*> handlers;
+        bool inits;
+        std::string initPrints;
+        bool starts;
+        std::string startPrints;
+    } rows[] = {
+        {{}, false, "", false, ""},
+        {{{"none", nullptr}}, false, "", false, ""},
+        {{{"ConfigSystemHandler", &good}},
+         true,
+         "",
+         false,
+         "ProcessEx COnfigHandler : ConfigSystemHandler \n"},
+        {{{"A", &startFails}, {"Z", &good}}, true, "", false, process + "A \n" + failed},
         {{{"A", &initFails}, {"Z", &good}},
-         "FAILED to START :A\n0",
-         process + "A \n" + process + "Z \n1"}};
-    for (const auto& [handlers, inits, starts] : rows) {
+         false,
+         failed,
+         true,
+         process + "A \n" + process + "Z \n"},
+    };
+    for (const auto& row : rows) {
         CRegistry registry;
-        registry.mMapHandlers = handlers;
-        EXPECT_EQ(inits, support::outcomeOf([&] { return registry.initHandlers(); }));
-        EXPECT_EQ(starts, support::outcomeOf([&] { return registry.start(); }));
+        registry.mMapHandlers = row.handlers;
+        EXPECT_EQ(row.initPrints,
+                  printedBy([&] { EXPECT_EQ(row.inits, registry.initHandlers()); }));
+        EXPECT_EQ(row.startPrints, printedBy([&] { EXPECT_EQ(row.starts, registry.start()); }));
     }
+}
+
+TEST(AppConfigManager, RegistersTheDeviceTypeHandlerAlone) {
+    CHandler former(false, false);
     CRegistry registry;
-    registry.mMapHandlers = {{"A", &initFails}};
-    EXPECT_EQ("", support::printedBy([&] { EXPECT_TRUE(registry.init()); }));
+    registry.mMapHandlers = {{"A", &former}};
+    EXPECT_EQ("", printedBy([&] { EXPECT_TRUE(registry.init()); }));
     ASSERT_EQ(1U, registry.mMapHandlers.size());
     EXPECT_EQ("CConfigDevTypeHandler", registry.mMapHandlers.begin()->first);
 }

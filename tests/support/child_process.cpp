@@ -1,13 +1,11 @@
 #include "support/child_process.h"
 
 #include <fcntl.h>
-#include <poll.h>
 #include <signal.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <sstream>
 #include <stdexcept>
 
@@ -16,7 +14,6 @@
 namespace support {
 
 using std::chrono::milliseconds;
-using std::chrono::steady_clock;
 
 std::vector<std::string> targetCommand(const std::vector<std::string>& command) {
     std::istringstream emulator(TEST_EMULATOR);
@@ -50,6 +47,7 @@ CChildProcess::CChildProcess(const std::vector<std::string>& command,
     posix_spawn_file_actions_destroy(&actions);
     ::close(ends[1]);
     mOutput = ends[0];
+    fcntl(mOutput, F_SETFL, O_NONBLOCK);
     if (error != 0) mStatus = 127;
 }
 
@@ -65,32 +63,19 @@ void CChildProcess::closeOutput() {
 }
 
 std::optional<std::string> CChildProcess::readLine(milliseconds bound) {
-    const auto end = steady_clock::now() + bound;
-    for (;;) {
-        const std::size_t length = mstrPending.find('\n');
-        if (length != std::string::npos) {
-            std::string line = mstrPending.substr(0, length);
-            mstrPending.erase(0, length + 1);
-            return line;
-        }
-        const auto left = std::chrono::ceil<milliseconds>(end - steady_clock::now());
-        pollfd readable = {mOutput, POLLIN, 0};
-        if (left.count() <= 0) return {};
-        if (poll(&readable, 1, static_cast<int>(left.count())) <= 0) continue;
+    std::size_t length = std::string::npos;
+    const auto hasLineOrEnd = [&] {
         char buffer[4096];
-        const ssize_t count = ::read(mOutput, buffer, sizeof(buffer));
-        if (count <= 0) return {};
-        mstrPending.append(buffer, static_cast<std::size_t>(count));
-    }
-}
-
-std::vector<std::string> CChildProcess::readLines(milliseconds bound) {
-    const auto end = steady_clock::now() + bound;
-    std::vector<std::string> lines;
-    while (auto line = readLine(std::chrono::ceil<milliseconds>(end - steady_clock::now()))) {
-        lines.push_back(*line);
-    }
-    return lines;
+        const ssize_t count = ::read(mOutput, buffer, sizeof buffer);
+        if (count > 0) mstrPending.append(buffer, static_cast<std::size_t>(count));
+        length = mstrPending.find('\n');
+        return length != std::string::npos || count == 0;
+    };
+    waitUntil(hasLineOrEnd, bound);
+    if (length == std::string::npos) return {};
+    const std::string line = mstrPending.substr(0, length);
+    mstrPending.erase(0, length + 1);
+    return line;
 }
 
 void CChildProcess::kill(int signal) {

@@ -22,7 +22,7 @@ std::vector<char*> argumentVector(std::vector<std::string>& words);
 // cannot be started ends with status 127.
 class CChildProcess {
   public:
-    static constexpr std::chrono::milliseconds kBound{20000};
+    static constexpr std::chrono::milliseconds BOUND{20000};
 
     // A program built with the tests and its arguments, started without the `closed` descriptors.
     explicit CChildProcess(const std::vector<std::string>& command,
@@ -34,10 +34,7 @@ class CChildProcess {
     pid_t pid() const { return mPid; }
 
     // The next line without its end; nothing at the end of the output or after `bound`.
-    std::optional<std::string> readLine(std::chrono::milliseconds bound = kBound);
-
-    // All lines up to the end of the output, which must come within `bound`.
-    std::vector<std::string> readLines(std::chrono::milliseconds bound = kBound);
+    std::optional<std::string> readLine(std::chrono::milliseconds bound = BOUND);
 
     // Nobody reads the output any more.
     void closeOutput();
@@ -46,7 +43,7 @@ class CChildProcess {
     void kill(int signal);
 
     // The exit status, minus the signal that ended it, or nothing if it still runs after `bound`.
-    std::optional<int> wait(std::chrono::milliseconds bound = kBound);
+    std::optional<int> wait(std::chrono::milliseconds bound = BOUND);
 
   private:
     pid_t mPid = -1;

@@ -25,16 +25,16 @@ struct CPeerMemory : core_utils::CSharedMemory {
 };
 
 // Forks at once, so that the test can start threads afterwards; attaches when it is told to act.
-// One that hangs is ended by SIGALRM.
+// An action that hangs is ended by SIGALRM.
 class CPeer {
   public:
     explicit CPeer(const std::function<bool(CPeerMemory&)>& action) {
         if (pipe(mEnds) != 0 || (mPid = fork()) < 0) throw std::runtime_error("no peer");
         if (mPid != 0) return;
         ::close(mEnds[1]);
-        alarm(20);
         char word = 0;
         if (read(mEnds[0], &word, 1) != 1) _exit(1);
+        alarm(20);
         CPeerMemory memory;
         _exit(action(memory) ? 0 : 1);
     }

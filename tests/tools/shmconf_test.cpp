@@ -27,8 +27,8 @@ struct sResult {
     explicit sResult(const Words& words) {
         testing::internal::CaptureStderr();
         CChildProcess tool(shmconf(words));
-        for (const std::string& line : tool.readLines())
-            out += line + '\n';
+        while (const auto line = tool.readLine())
+            out += *line + '\n';
         status = tool.wait();
         err = testing::internal::GetCapturedStderr();
     }

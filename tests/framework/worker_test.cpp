@@ -76,6 +76,35 @@ TEST(WorkQueue, LimitLeavesTheItemWithTheCallerAndLoosensByEmptyPollsWithoutAWra
         testing::internal::GetCapturedStderr());
 }
 
+struct CThread : core_utils::CAbsWorkerThread {
+    void run() override {
+        ++miBodies;
+        support::waitUntil([this] { return mbStopRequested.exchange(false); });
+        mbEnded = true;
+    }
+    void requestStop() override { mbStopRequested = true; }
+
+    std::atomic<int> miBodies{0};
+    std::atomic<bool> mbStopRequested{false}, mbEnded{false};
+};
+
+TEST(WorkerThread, RunsOneBodyBesideItsCallerUntilStopHasJoinedIt) {
+    CThread thread;
+    EXPECT_TRUE(thread.isStopped());
+    thread.stop();
+    EXPECT_FALSE(thread.mbStopRequested) << "nothing to stop before the first start";
+    for (int starts = 1; starts < 3; ++starts) {
+        EXPECT_NE(0, thread.start());
+        EXPECT_EQ(0, thread.start()) << "there is a thread already";
+        EXPECT_FALSE(thread.isStopped());
+        ASSERT_TRUE(support::waitUntil([&] { return thread.miBodies == starts; }));
+        thread.stop();
+        EXPECT_TRUE(thread.mbEnded) << "stop() returns after the body";
+        EXPECT_TRUE(thread.isStopped());
+        EXPECT_EQ(starts, thread.miBodies);
+    }
+}
+
 TEST(Worker, ExecutesOneItemAPeriodAndCanBeStartedAgain) {
     constexpr std::chrono::microseconds PERIOD(20000);
     const auto queue = std::make_shared<CTestQueue>("test");
