@@ -111,8 +111,8 @@ TEST(Daemon, SleepsAMillisecondBetweenLooksAndASecondAfterThem) {
         std::string recorded, printed;
         milliseconds period;
         long least;
-    } rows[] = {{"UNKNOWN\n", "", milliseconds(1), 50},
-                {"100_VOLTS_DEV_2CH\n", IDENTITY, milliseconds(1000), 1}};
+    } rows[] = {{"100_VOLTS_DEV_2CH\n", IDENTITY, milliseconds(1000), 1},
+                {"UNKNOWN\n", "", milliseconds(1), 50}};
     for (const auto& row : rows) {
         writeFile(PATH, FILE_HEAD + row.recorded);
         CChildProcess daemon({APP_CONFIG_MANAGER});
