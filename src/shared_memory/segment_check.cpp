@@ -42,8 +42,8 @@ class CSegmentFile {
     }
 
     std::uint64_t id() const {
-        struct stat64 status {};
-        return fstat64(mDescriptor, &status) == 0 ? status.st_ino : 0;
+        struct stat status {};
+        return fstat(mDescriptor, &status) == 0 ? status.st_ino : 0;
     }
 
     bool isFinished() const {
