@@ -4,10 +4,9 @@
 #include <cctype>
 #include <charconv>
 #include <iterator>
-#include <numeric>
-#include <utility>
 
 #include "shmconf/tool_error.h"
+#include "support/closest.h"
 
 namespace shmconf {
 
@@ -25,30 +24,6 @@ bool isIdentifier(const std::string& text, int& id) {
     const char* end = text.data() + text.size();
     const auto [stop, error] = std::from_chars(text.data(), end, id);
     return error == std::errc() && stop == end;
-}
-
-// Whether `text` is what is left of `name` when some of its characters are dropped.
-bool isAbbreviation(const std::string& text, const std::string& name) {
-    std::size_t at = 0;
-    for (const char c : name) {
-        if (at < text.size() && text[at] == c) ++at;
-    }
-    return at == text.size();
-}
-
-// How many single-character edits make one text the other.
-std::size_t editDistance(const std::string& from, const std::string& to) {
-    std::vector<std::size_t> row(to.size() + 1);
-    std::iota(row.begin(), row.end(), std::size_t{0});
-    for (std::size_t i = 1; i <= from.size(); ++i) {
-        std::size_t diagonal = std::exchange(row[0], i);
-        for (std::size_t j = 1; j <= to.size(); ++j) {
-            const std::size_t substituted = diagonal + (from[i - 1] != to[j - 1] ? 1 : 0);
-            diagonal = row[j];
-            row[j] = std::min({row[j] + 1, row[j - 1] + 1, substituted});
-        }
-    }
-    return row[to.size()];
 }
 
 std::string listed(const std::vector<sObject>& objects) {
@@ -105,9 +80,8 @@ sObject findObject(const std::string& text) {
             STATUS_USAGE,
             "\"" + text + "\" is the beginning of more than one object:" + listed(matches));
     }
-    throwUnknown(text, [&name](const sObject& object) {
-        return std::pair(!isAbbreviation(name, object.name), editDistance(name, object.name));
-    });
+    throwUnknown(text,
+                 [&name](const sObject& object) { return tools::distanceOf(name, object.name); });
 }
 
 }  // namespace shmconf

@@ -1,12 +1,12 @@
 #include "shmconf/values.h"
 
-#include <boost/nowide/utf/utf.hpp>
 #include <cerrno>
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
 
 #include "shmconf/tool_error.h"
+#include "support/format.h"
 
 namespace shmconf {
 
@@ -34,44 +34,6 @@ bool parse(const std::string& word, double& out) {
     return inRange && end == word.c_str() + word.size();
 }
 
-bool isControl(boost::nowide::utf::code_point point) {
-    return point < 0x20 || (point >= 0x7f && point < 0xa0);
-}
-
-void appendEscaped(std::string& out, std::string::const_iterator begin,
-                   std::string::const_iterator end) {
-    constexpr char DIGITS[] = "0123456789abcdef";
-    for (; begin != end; ++begin) {
-        const auto byte = static_cast<unsigned char>(*begin);
-        out += {'\\', 'x', DIGITS[byte >> 4], DIGITS[byte & 15]};
-    }
-}
-
-std::string format(const std::string& text) {
-    using Utf8 = boost::nowide::utf::utf_traits<char>;
-    std::string out = "\"";
-    for (auto begin = text.begin(); begin != text.end();) {
-        auto next = begin;
-        const auto point = Utf8::decode(next, text.end());
-        if (!boost::nowide::utf::is_valid_codepoint(point)) {
-            next = begin + 1;
-            appendEscaped(out, begin, next);
-        } else if (isControl(point)) {
-            appendEscaped(out, begin, next);
-        } else {
-            if (point == '"' || point == '\\') out += '\\';
-            out.append(begin, next);
-        }
-        begin = next;
-    }
-    return out + '"';
-}
-template <typename Number>
-std::string format(Number value) {
-    char digits[32];
-    return {digits, std::to_chars(digits, digits + sizeof(digits), value).ptr};
-}
-
 }  // namespace
 
 Values emptyValues(eElement element) {
@@ -86,7 +48,7 @@ Values parseValues(eElement element, const std::vector<std::string>& words) {
         [&](auto& elements) {
             for (const std::string& word : words) {
                 if (!parse(word, elements.emplace_back())) {
-                    throw CToolError(STATUS_USAGE, "the value " + format(word) + " is not " +
+                    throw CToolError(STATUS_USAGE, "the value " + tools::quoted(word) + " is not " +
                                                        EXPECTED[static_cast<int>(element)]);
                 }
             }
@@ -101,7 +63,7 @@ std::string formatValues(const Values& values) {
         [&text](const auto& elements) {
             for (const auto& element : elements) {
                 if (!text.empty()) text += ' ';
-                text += format(element);
+                text += tools::format(element);
             }
         },
         values);
