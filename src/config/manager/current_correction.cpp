@@ -10,15 +10,10 @@ namespace hxl_config_handler {
 
 namespace {
 
-constexpr char FILE_NAME[] = "correction_current.cfg";
-constexpr char SECTION[] = "CURRENT_CORRECTION";
-constexpr const char* KEYS[] = {"SINK_High_CurrRange", "SINK_Low_CurrRange", "SRC_High_CurrRange",
-                                "SRC_Low_CurrRange"};
-
 // A number that cannot be converted is a key that cannot be read.
 bool readNumber(core_utils::CFileConfig& file, const char* key, double& value) {
     try {
-        return file.read(SECTION, key, value);
+        return file.read(CORRECTION_SECTION, key, value);
     } catch (const std::exception&) {
         return false;
     }
@@ -28,13 +23,13 @@ bool readNumber(core_utils::CFileConfig& file, const char* key, double& value) {
 
 bool readCurrentCorrection(double values[4]) {
     core_utils::CFileConfig file;
-    if (!file.open(configFilePath(FILE_NAME), "rb")) return false;
+    if (!file.open(configFilePath(CORRECTION_FILE_NAME), "rb")) return false;
     bool anyRead = false;
-    for (const char* key : KEYS) {
+    for (const char* key : CORRECTION_KEYS) {
         if (readNumber(file, key, *values++)) {
             anyRead = true;
         } else {
-            std::printf("failed to read section : %s with key : %s\n", SECTION, key);
+            std::printf("failed to read section : %s with key : %s\n", CORRECTION_SECTION, key);
         }
     }
     return anyRead;
@@ -43,13 +38,13 @@ bool readCurrentCorrection(double values[4]) {
 bool writeCurrentCorrection(const double values[4]) {
     std::puts("CConfigManager::writeCurrentCorrection came in");
     core_utils::CFileConfig file;
-    if (!file.open(configFilePath(FILE_NAME), "r+b")) return false;
+    if (!file.open(configFilePath(CORRECTION_FILE_NAME), "r+b")) return false;
     bool anyWritten = false;
-    for (const char* key : KEYS) {
-        if (file.write(SECTION, key, *values++)) {
+    for (const char* key : CORRECTION_KEYS) {
+        if (file.write(CORRECTION_SECTION, key, *values++)) {
             anyWritten = true;
         } else {
-            std::printf("failed to write section : %s with key : %s\n", SECTION, key);
+            std::printf("failed to write section : %s with key : %s\n", CORRECTION_SECTION, key);
         }
     }
     return anyWritten;
