@@ -61,22 +61,18 @@ TEST_F(Logger, WritesADatedFileWithOneLineForEachLostLookup) {
     support::writeFile(support::configPath("test.cfg"), "[Sec]\n");
     core_utils::CFileConfig file;
     ASSERT_TRUE(file.open(support::configPath("test.cfg"), "rb"));
-    const auto miss = [&](const char* key, auto value) {
+    const auto miss = [&](const std::string& type, const char* key, auto value) {
         const auto before = value;
-        const std::string printed = printedBy([&] { EXPECT_FALSE(file.read("Sec", key, value)); });
+        EXPECT_EQ("[CFileConfig::read " + type + "] FAILED to read [Sec]:[" + key + "]\n",
+                  printedBy([&] { EXPECT_FALSE(file.read("Sec", key, value)); }));
         EXPECT_EQ(before, value);
-        return printed.substr(0, printed.find(']')) + " " + key;
     };
-    EXPECT_EQ("[CFileConfig::read str off", miss("off", "5"s));
+    miss("str", "off", "5"s);
     mLogger.setLevel(4);
-    EXPECT_EQ("[CFileConfig::read int int", miss("int", 5));
-    EXPECT_EQ("[CFileConfig::read str str", miss("str", "5"s));
-    EXPECT_EQ("[CFileConfig::read int float", miss("float", 5.0F));
-    EXPECT_EQ("[CFileConfig::read int double", miss("double", 5.0));
-    EXPECT_EQ("[CFileConfig::read int] FAILED to read [Sec]:[None]\n", printedBy([&] {
-                  int none;
-                  file.read("Sec", "None", none);
-              }));
+    miss("int", "int", 5);
+    miss("str", "str", "5"s);
+    miss("int", "float", 5.0F);
+    miss("int", "double", 5.0);
     char thread[16];
     std::snprintf(thread, sizeof thread, "0x%X", static_cast<unsigned int>(pthread_self()));
     std::string expected = HEADER;
