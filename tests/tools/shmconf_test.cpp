@@ -1,7 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <filesystem>
-#include <iterator>
+#include <regex>
+#include <set>
 #include <sstream>
 
 #include "support/child_process.h"
@@ -10,32 +12,22 @@
 
 namespace {
 
-using support::Bytes;
-using support::CChildProcess;
-using support::CPeerMemory;
-using support::Doubles;
-using Words = support::Texts;
+using namespace support;
 
 constexpr char kFile[] = "/dev/shm/CONF_AUTO_SAVE_MEM";
 
-Words shmconf(Words words) {
-    words.insert(words.begin(), TEST_SHMCONF);
-    return words;
-}
-
-struct sResult {
-    explicit sResult(const Words& words) {
-        testing::internal::CaptureStderr();
-        CChildProcess tool(shmconf(words));
-        while (const auto line = tool.readLine())
-            out += *line + '\n';
-        status = tool.wait();
-        err = testing::internal::GetCapturedStderr();
-    }
-    std::optional<int> status;
+// What a shell command that may call shmconf prints, on both outputs, then its status.
+std::string shell(const std::string& command) {
+    std::string script = "shmconf() {";
+    for (const std::string& word : targetCommand({TEST_SHMCONF}))
+        script += ' ' + word;
+    writeFile("/dev/shm/script", script + " \"$@\"; }\nexec 2>&1\n" + command);
     std::string out;
-    std::string err;
-};
+    FILE* pipe = popen("bash /dev/shm/script", "r");
+    for (int c = std::fgetc(pipe); c != EOF; c = std::fgetc(pipe))
+        out += static_cast<char>(c);
+    return out + "status " + std::to_string(WEXITSTATUS(pclose(pipe)));
+}
 
 struct sRefusal {
     const char* line;
@@ -44,13 +36,13 @@ struct sRefusal {
 };
 constexpr sRefusal kRefusals[] = {
     {"set 0 1", 3, "there is no segment CONF_AUTO_SAVE_MEM"},
-    {"get VOLTAGE_DATA_MEN", 2, "closest are:\n  0\tVOLTAGE_DATA_MEM"},
-    {"get dev_typ", 2, "closest are:\n  48\tCNF_DEV_TYP_MEM"},
+    {"unset 0", 3, "there is no segment CONF_AUTO_SAVE_MEM"},
     {"watch 23", 2, "closest are:\n  22\tWLAN_AUTOCONN_MEM\n  24\t"},
-    {"get wlan_", 2, "more than one object:\n  22\tWLAN_AUTOCONN_MEM"},
-    {"set 0 1 1e999", 2, "the value \"1e999\" is not a number"},
-    {"set 21 1 256", 2, "the value \"256\" is not a whole number from 0 to 255"},
-    {"set 0 --creat 1", 2, "no option --creat"},
+    {"set 0 1 -1e999", 2, "the value \"-1e999\" is too large for a double"},
+    {"set 0 1 0x", 2, "the value \"0x\" is not a number"},
+    {"set 21 +-1", 2, "the value \"+-1\" is not a whole number from 0 to 255"},
+    {"--json list", 2, "no option \"--json\" before a command"},
+    {"help unsett", 2, "there is no command \"unsett\"; the closest command is unset"},
 };
 
 TEST(Shmconf, RefusalsSayWhyAndCreateAndChangeNothing) {
@@ -58,26 +50,88 @@ TEST(Shmconf, RefusalsSayWhyAndCreateAndChangeNothing) {
         if (withSegment) CPeerMemory().setDoubleVector(0, {24.0});
         for (const auto& [line, status, message] : kRefusals) {
             if (withSegment && status == 3) continue;
-            std::istringstream words(line);
-            const sResult result({std::istream_iterator<std::string>(words), {}});
-            EXPECT_EQ(status, result.status) << line;
-            EXPECT_EQ("", result.out);
-            EXPECT_NE(std::string::npos, result.err.find(message)) << line << result.err;
+            const std::string result = shell(std::string("shmconf ") + line);
+            EXPECT_NE(std::string::npos, result.find(message)) << line << result;
+            EXPECT_NE(std::string::npos, result.find("\nstatus " + std::to_string(status)));
+            EXPECT_EQ(0U, result.find("shmconf: "));
         }
         EXPECT_EQ(withSegment, std::filesystem::exists(kFile));
     }
     EXPECT_EQ(Doubles{24.0}, CPeerMemory().getDoubleVector(0));
 }
 
-TEST(Shmconf, WritesWhatThePeersRead) {
-    EXPECT_EQ(0, sResult({"set", "--create", "VOLT", "24", "-5.5", "-.5"}).status);
+TEST(Shmconf, WritesWhatThePeersReadAndRemovesIt) {
+    shell("shmconf set --create VOLT +24 -5.5 -.5 1e-400");
     CPeerMemory peer;
-    EXPECT_EQ((Doubles{24.0, -5.5, -0.5}), peer.getDoubleVector(0));
-    EXPECT_EQ(0, sResult({"set", "21", "0", "255"}).status);
+    EXPECT_EQ((Doubles{24.0, -5.5, -0.5, 0.0}), peer.getDoubleVector(0));
+    shell("shmconf set 21 0 +255");
     EXPECT_EQ((Bytes{0, 255}), peer.getByteVector(21));
-    EXPECT_EQ(
-        0, sResult({"set", "wlan_ssid", "--", "[a,b]", "", "--create", "-x", "list", "--"}).status);
-    EXPECT_EQ((Words{"[a,b]", "", "--create", "-x", "list", "--"}), peer.getStringVector(24));
+    shell("shmconf set wlan_ssid -- '[a,b]' '' --create -x list --");
+    EXPECT_EQ((Texts{"[a,b]", "", "--create", "-x", "list", "--"}), peer.getStringVector(24));
+    EXPECT_EQ("[a,b]\n\n--create\n-x\nlist\n--\nstatus 0", shell("shmconf get --raw 24"));
+    const std::string removed = shell("shmconf unset 0 1 wlan_ssid");
+    EXPECT_NE(std::string::npos, removed.find("CURRENT_DATA_MEM did not exist")) << removed;
+    EXPECT_EQ(1U, peer.mpSharedMemory->get_num_named_objects());
+}
+
+TEST(Shmconf, AChangeIsDoneAlsoWhenItsOutputGoesNowhere) {
+    CPeerMemory peer;
+    for (const std::string lost : {">&-", ">/dev/full", "0>&- >&-"}) {
+        peer.setDoubleVector(0, {});
+        EXPECT_EQ("shmconf: done, but the output could not be written\nstatus 0",
+                  shell("shmconf set 0 7 " + lost));
+        EXPECT_EQ(Doubles{7.0}, peer.getDoubleVector(0)) << lost;
+        EXPECT_EQ("shmconf: the output cannot be written\nstatus 1",
+                  shell("shmconf get 0 " + lost));
+    }
+    EXPECT_EQ("status 0", shell("set -o pipefail; shmconf set 0 8 2>/dev/null | true"));
+    EXPECT_EQ("shmconf: the output cannot be written\nstatus 1", shell("shmconf watch >/dev/full"));
+}
+
+TEST(Shmconf, PrintsWhatItsPageShows) {
+    CPeerMemory();
+    std::istringstream page(readFile(TEST_SHMCONF_PAGE));
+    std::string command;
+    std::string shown;
+    int replayed = 0;
+    for (std::string line; std::getline(page, line);) {
+        const bool isCommand = line.rfind("$ ", 0) == 0;
+        if (!isCommand && line != "```") {
+            shown += line + '\n';
+            continue;
+        }
+        if (!command.empty() && command.find("watch") == std::string::npos) {
+            EXPECT_EQ(0U, shell(command).find(shown + "status")) << command << '\n' << shown;
+            ++replayed;
+        }
+        command = isCommand ? line.substr(2) : "";
+        shown.clear();
+    }
+    EXPECT_GT(replayed, 15);
+}
+
+std::set<std::string> optionsIn(const std::string& text) {
+    const std::regex option("--[a-z]+");
+    const std::sregex_token_iterator first(text.begin(), text.end(), option), end;
+    return {first, end};
+}
+
+TEST(Shmconf, ManualAndShellKnowTheOptionsOfTheHelp) {
+    std::string help;
+    for (const char* command : {"", " list", " get", " set", " unset", " watch"})
+        help += shell(std::string("shmconf help") + command);
+    const std::string manual = readFile(TEST_SHMCONF_MANUAL);
+    EXPECT_EQ(optionsIn(help), optionsIn(std::regex_replace(manual, std::regex(R"(\\-)"), "-")));
+
+    const auto complete = [](const std::string& words, int index) {
+        return shell(". " TEST_SHMCONF_COMPLETION "; COMP_WORDS=(shmconf " + words +
+                     "); COMP_CWORD=" + std::to_string(index) +
+                     "; _shmconf shmconf; echo \"${COMPREPLY[*]}\"");
+    };
+    EXPECT_EQ("set\nstatus 0", complete("se", 1));
+    EXPECT_EQ("--help --json --raw\nstatus 0", complete("get volt --", 3));
+    EXPECT_EQ("WLAN_AUTOCONN_MEM WLAN_SSID_MEM WLAN_PASS_MEM\nstatus 0", complete("get wlan", 2));
+    EXPECT_EQ("\nstatus 0", complete("set volt 1", 3));
 }
 
 TEST(Shmconf, ShowsAnyContents) {
@@ -86,37 +140,43 @@ TEST(Shmconf, ShowsAnyContents) {
     EXPECT_EQ(
         "ID  NAME             TYPE  COUNT  VALUES\n"
         R"(48  CNF_DEV_TYP_MEM  text      2  "a\x1b[31m\x0a\xff\"\\" "Büro\xc2\x9b")"
-        "\n",
-        sResult({"list"}).out);
-    const std::string json = sResult({"get", "--json", "48"}).out;
+        "\nstatus 0",
+        shell("shmconf list"));
+    const std::string json = shell("shmconf get --json 48");
     EXPECT_NE(std::string::npos, json.find("a\\u001b[31m\\n\xef\xbf\xbd")) << json;
     peer.mpSharedMemory->construct<int>("FUSE_DATA_MEM")(1);
     peer.setDoubleVector(0, {});
-    const sResult states({"get", "fuse", "0", "ramp"});
-    EXPECT_EQ(1, states.status);
     EXPECT_EQ(
         "ID  NAME              TYPE    COUNT  VALUES\n"
         " 4  FUSE_DATA_MEM     double      -  (is no vector of type double)\n"
         " 0  VOLTAGE_DATA_MEM  double      0  (empty)\n"
-        " 5  RAMP_DATA_MEM     double      -  (absent)\n",
-        states.out);
-    EXPECT_EQ(1, sResult({"set", "fuse", "1"}).status);
+        " 5  RAMP_DATA_MEM     double      -  (absent)\n"
+        "status 1",
+        shell("shmconf get fuse 0 ramp"));
+    EXPECT_EQ(
+        "shmconf: FUSE_DATA_MEM was not written: FUSE_DATA_MEM is no vector of type double\n"
+        "status 1",
+        shell("shmconf set fuse 1"));
+    peer.setDoubleVector(1, Doubles(160000));
+    EXPECT_EQ(
+        "shmconf: WLAN_PASS_MEM was not written: CONF_AUTO_SAVE_MEM is full; WLAN_PASS_MEM may "
+        "hold a part of the values\nstatus 1",
+        shell("shmconf set wlan_pass x $(printf %0100000d 0)"));
 }
 
 TEST(Shmconf, LeavesAHalfCreatedSegmentAlone) {
-    support::writeFile(kFile, "");
-    const sResult result({"list", "--json"});
-    EXPECT_EQ(3, result.status);
-    EXPECT_EQ("", result.out) << "only what a script can parse";
-    EXPECT_NE(std::string::npos, result.err.find("never finished")) << result.err;
+    writeFile(kFile, "");
+    EXPECT_EQ("status 3", shell("shmconf list --json 2>/dev/null")) << "only what can be parsed";
+    const std::string result = shell("shmconf list");
+    EXPECT_NE(std::string::npos, result.find("never finished")) << result;
 }
 
 TEST(Shmconf, WatchPrintsEachChangeUntilItsCountOrTheEndOfTheSegment) {
     CPeerMemory peer;
     peer.setByteVector(21, {7});
-    CChildProcess all(shmconf({"watch", "--count", "2", "--interval", "1"}));
-    CChildProcess one(shmconf({"watch", "ramp"}));
-    EXPECT_EQ("watching 39 objects", all.readLine());
+    CChildProcess all({TEST_SHMCONF, "watch", "--count", "2", "--interval", "1"});
+    CChildProcess one({TEST_SHMCONF, "watch", "ramp"});
+    EXPECT_EQ(0U, all.readLine().value().find("watching "));
     EXPECT_EQ("watching 1 object", one.readLine());
     peer.setByteVector(21, {8});
     EXPECT_NE(std::string::npos, all.readLine().value().find("  21 KEY_FALL_TIME: 7 -> 8"));

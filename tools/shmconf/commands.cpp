@@ -1,5 +1,7 @@
 #include "shmconf/commands.h"
 
+#include <signal.h>
+
 #include <algorithm>
 #include <iostream>
 
@@ -28,17 +30,29 @@ std::vector<sRow> readRows(const CSegment& segment, const std::vector<sObject>& 
     return rows;
 }
 
-void print(std::ostream& out, const std::vector<sRow>& rows, bool json) {
-    if (json) {
-        printJson(out, rows);
-    } else {
-        printTable(out, rows);
+void print(std::ostream& out, const std::vector<sRow>& rows, eFormat format) {
+    switch (format) {
+        case eFormat::COLUMNS:
+            return printTable(out, rows);
+        case eFormat::JSON:
+            return printJson(out, rows);
+        case eFormat::RAW:
+            return printRaw(out, rows);
     }
+}
+
+void printChanged(std::ostream& out, const std::vector<sRow>& rows) {
+    signal(SIGPIPE, SIG_IGN);
+    printTable(out, rows);
+    out.flush();
+    if (out) return;
+    std::cerr << "shmconf: done, but the output could not be written\n";
+    out.clear();
 }
 
 }  // namespace
 
-void listObjects(std::ostream& out, bool all, bool json) {
+void listObjects(std::ostream& out, bool all, eFormat format) {
     std::vector<sRow> rows = readRows(CSegment(false), allObjects());
     if (!all) {
         const auto isAbsent = [](const sRow& row) { return row.contents.state == eState::ABSENT; };
@@ -47,27 +61,53 @@ void listObjects(std::ostream& out, bool all, bool json) {
     if (rows.empty()) {
         std::cerr << "shmconf: the segment holds none of the objects; --all lists them\n";
     }
-    print(out, rows, json);
+    print(out, rows, format);
 }
 
-eExitStatus getObjects(std::ostream& out, const Words& objects, bool json) {
+eExitStatus getObjects(std::ostream& out, const Words& objects, eFormat format) {
     const std::vector<sObject> found = findObjects(objects);
     const std::vector<sRow> rows = readRows(CSegment(false), found);
-    print(out, rows, json);
-    return std::all_of(rows.begin(), rows.end(), isPresent) ? STATUS_DONE : STATUS_FAILED;
+    print(out, rows, format);
+    if (std::all_of(rows.begin(), rows.end(), isPresent)) return STATUS_DONE;
+    if (format == eFormat::RAW) {
+        for (const sRow& row : rows) {
+            if (!isPresent(row)) {
+                std::cerr << "shmconf: " << row.object.name << ' ' << describe(row) << '\n';
+            }
+        }
+    }
+    return STATUS_FAILED;
 }
 
 void setObject(std::ostream& out, const std::string& object, const Words& values, bool create) {
     const sObject found = findObject(object);
     const Values parsed = parseValues(found.element, values);
-    const CSegment segment(create);
+    CSegment segment(create);
     segment.write(found, parsed);
-    printTable(out, readRows(segment, {found}));
+    printChanged(out, readRows(segment, {found}));
+}
+
+eExitStatus unsetObjects(std::ostream& out, const Words& objects) {
+    const std::vector<sObject> found = findObjects(objects);
+    CSegment segment(false);
+    eExitStatus status = STATUS_DONE;
+    for (const sObject& object : found) {
+        if (segment.remove(object)) continue;
+        std::cerr << "shmconf: " << object.name << " did not exist\n";
+        status = STATUS_FAILED;
+    }
+    printChanged(out, readRows(segment, found));
+    return status;
 }
 
 void watchObjects(std::ostream& out, const Words& objects, const sWatchOptions& options) {
     const std::vector<sObject> found = objects.empty() ? allObjects() : findObjects(objects);
     watch(out, CSegment(false), found, options);
+}
+
+void printDirectory(std::ostream& out) {
+    for (const sObject& object : allObjects())
+        out << object.id << ' ' << object.name << ' ' << typeName(object.element) << '\n';
 }
 
 }  // namespace shmconf

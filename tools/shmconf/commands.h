@@ -13,19 +13,28 @@ namespace shmconf {
 
 using Words = std::vector<std::string>;
 
+enum class eFormat { COLUMNS, JSON, RAW };
+
 // Results go to `out`. Objects are words that findObject() takes; all of them are looked up, and
 // the values parsed, before the segment is touched. Failures are thrown as CToolError.
 
-void listObjects(std::ostream& out, bool all, bool json);
+void listObjects(std::ostream& out, bool all, eFormat format);
 
 // STATUS_FAILED if one of the objects cannot be shown; the others are.
-eExitStatus getObjects(std::ostream& out, const Words& objects, bool json);
+eExitStatus getObjects(std::ostream& out, const Words& objects, eFormat format);
 
-// Prints what the object holds afterwards.
+// These two print what the objects hold afterwards. That this cannot be shown is said on standard
+// error and no failure: the segment is changed.
 void setObject(std::ostream& out, const std::string& object, const Words& values, bool create);
+
+// STATUS_FAILED if one of the objects did not exist; the others are removed.
+eExitStatus unsetObjects(std::ostream& out, const Words& objects);
 
 // All objects if none is named.
 void watchObjects(std::ostream& out, const Words& objects, const sWatchOptions& options);
+
+// The directory, with no segment needed: identifier, name and type, one object a line.
+void printDirectory(std::ostream& out);
 
 }  // namespace shmconf
 

@@ -1,4 +1,7 @@
 // shmconf: shows and changes the objects of the segment that the daemon shares with its peers.
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdio>
@@ -7,6 +10,7 @@
 #include <limits>
 
 #include "shmconf/commands.h"
+#include "support/closest.h"
 
 namespace {
 
@@ -14,23 +18,29 @@ using namespace shmconf;
 
 constexpr char FOOTER[] =
     "\nOBJECT is an identifier, a name, or a beginning of a name that no other has; upper and\n"
-    "lower case are the same. `shmconf list --all` shows them.\n"
+    "lower case are the same. `shmconf help objects` shows them.\n"
     "Status: 0 done, 1 an object is absent, unreadable or not written, 2 wrong usage, 3 no "
     "segment.";
 
 struct sArguments {
     bool all = false;
     bool json = false;
+    bool raw = false;
     bool create = false;
     std::string object;
     Words objects;
     Words behindMark;
     unsigned int count = 0;
     unsigned int interval = 20;  // milliseconds
+
+    eFormat format() const {
+        if (json) return eFormat::JSON;
+        return raw ? eFormat::RAW : eFormat::COLUMNS;
+    }
 };
 
-void addJson(CLI::App& command, sArguments& arguments) {
-    command.add_flag("--json", arguments.json, "Print JSON instead of columns");
+CLI::Option* addJson(CLI::App& command, sArguments& arguments) {
+    return command.add_flag("--json", arguments.json, "Print JSON instead of columns");
 }
 
 // What CLI11 left over is the values: as an option's, one in brackets would be taken apart.
@@ -54,17 +64,20 @@ Words cutBehindMark(Words& words) {
     return behind;
 }
 
-void defineCommands(CLI::App& app, sArguments& arguments, eExitStatus& status) {
+void defineReading(CLI::App& app, sArguments& arguments, eExitStatus& status) {
     auto* list = app.add_subcommand("list", "Show the objects that exist");
     list->add_flag("--all", arguments.all, "Show those that do not exist, too");
     addJson(*list, arguments);
-    list->callback([&] { listObjects(std::cout, arguments.all, arguments.json); });
+    list->callback([&] { listObjects(std::cout, arguments.all, arguments.format()); });
 
     auto* get = app.add_subcommand("get", "Show some objects");
     get->add_option("OBJECT", arguments.objects)->required();
-    addJson(*get, arguments);
-    get->callback([&] { status = getObjects(std::cout, arguments.objects, arguments.json); });
+    auto* json = addJson(*get, arguments);
+    get->add_flag("--raw", arguments.raw, "Print the values alone, one a line")->excludes(json);
+    get->callback([&] { status = getObjects(std::cout, arguments.objects, arguments.format()); });
+}
 
+void defineChanging(CLI::App& app, sArguments& arguments, eExitStatus& status) {
     auto* set = app.add_subcommand("set", "Replace what an object holds");
     set->add_option("OBJECT", arguments.object,
                     "Its new values follow: VALUE..., after -- if they begin with --")
@@ -76,6 +89,12 @@ void defineCommands(CLI::App& app, sArguments& arguments, eExitStatus& status) {
                   arguments.create);
     });
 
+    auto* unset = app.add_subcommand("unset", "Remove some objects");
+    unset->add_option("OBJECT", arguments.objects)->required();
+    unset->callback([&] { status = unsetObjects(std::cout, arguments.objects); });
+}
+
+void defineWatching(CLI::App& app, sArguments& arguments) {
     auto* watch = app.add_subcommand("watch", "Print changes as they happen");
     watch->add_option("OBJECT", arguments.objects, "Default: all");
     const CLI::Range positive(1U, std::numeric_limits<unsigned int>::max());
@@ -89,36 +108,78 @@ void defineCommands(CLI::App& app, sArguments& arguments, eExitStatus& status) {
     });
 }
 
-int run(int argc, char** argv) {
+// CLI11 would only say that a command is required.
+void requireKnown(const CLI::App& app, const std::string& word) {
+    std::vector<std::string> commands;
+    for (const CLI::App* command : app.get_subcommands({}))
+        commands.push_back(command->get_name());
+    if (std::find(commands.begin(), commands.end(), word) != commands.end()) return;
+    if (app.get_option_no_throw(word) != nullptr) return;
+    const bool option = word.rfind('-', 0) == 0;
+    throw CToolError(STATUS_USAGE, (option ? "there is no option \"" + word + "\" before a command"
+                                           : "there is no command \"" + word + '"') +
+                                       "; the closest command is " +
+                                       tools::closestOf(word, commands));
+}
+
+eExitStatus run(Words words) {
     CLI::App app("Shows and changes the settings that the configuration daemon shares.", "shmconf");
     app.require_subcommand(1);
     app.footer(FOOTER);
+    app.set_version_flag("--version", "shmconf " APP_CONFIG_VERSION);
     sArguments arguments;
     eExitStatus status = STATUS_DONE;
-    defineCommands(app, arguments, status);
-    Words words(argv + 1, argv + argc);
+    defineReading(app, arguments, status);
+    defineChanging(app, arguments, status);
+    defineWatching(app, arguments);
+    app.add_subcommand("help", "Show this, the usage of a command, or all objects");
+
+    if (words == Words{"help", "objects"}) {
+        printDirectory(std::cout);
+        return STATUS_DONE;
+    }
+    if (!words.empty() && words.front() == "help") {
+        words.erase(words.begin());
+        words.push_back("--help");
+    }
+    if (!words.empty()) requireKnown(app, words.front());
     if (!words.empty() && words.front() == "set") arguments.behindMark = cutBehindMark(words);
     std::reverse(words.begin(), words.end());  // as CLI11 takes them
     try {
         app.parse(words);
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? STATUS_DONE : STATUS_USAGE;
-    } catch (const CToolError& error) {
-        std::cout.flush();
-        std::cerr << "shmconf: " << error.what() << std::endl;
-        return error.status();
     }
-    std::cout.flush();
-    return std::cout ? status : STATUS_FAILED;
+    return status;
+}
+
+// What the starter has closed must not become the segment's: the output would land in it. Open
+// for reading, so that writing fails as it should.
+void fillStandardDescriptors() {
+    int descriptor = 0;
+    do {
+        descriptor = open("/dev/null", O_RDONLY);
+    } while (descriptor >= 0 && descriptor <= STDERR_FILENO);
+    if (descriptor >= 0) close(descriptor);
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
+    fillStandardDescriptors();
+    eExitStatus status = STATUS_FAILED;
     try {
-        return run(argc, argv);
+        status = run({argv + std::min(argc, 1), argv + argc});
+    } catch (const CToolError& error) {
+        std::cout.flush();
+        std::fprintf(stderr, "shmconf: %s\n", error.what());
+        return error.status();
     } catch (const std::exception& error) {
         std::fprintf(stderr, "shmconf: %s\n", error.what());
         return STATUS_FAILED;
     }
+    std::cout.flush();
+    if (std::cout) return status;
+    std::fputs("shmconf: the output cannot be written\n", stderr);
+    return STATUS_FAILED;
 }

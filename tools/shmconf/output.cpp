@@ -6,6 +6,8 @@
 #include <nlohmann/json.hpp>
 #include <ostream>
 
+#include "support/format.h"
+
 namespace shmconf {
 
 namespace {
@@ -33,6 +35,14 @@ nlohmann::ordered_json toJson(const sRow& row) {
     if (row.contents.state != eState::PRESENT) return json;
     std::visit([&json](const auto& elements) { json["values"] = elements; }, row.contents.values);
     return json;
+}
+
+const std::string& rawText(const std::string& text) {
+    return text;
+}
+template <typename Number>
+std::string rawText(Number value) {
+    return tools::format(value);
 }
 
 }  // namespace
@@ -76,6 +86,18 @@ void printJson(std::ostream& out, const std::vector<sRow>& rows) {
         json.push_back(toJson(row));
     constexpr int INDENT = 2;
     out << json.dump(INDENT, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << '\n';
+}
+
+void printRaw(std::ostream& out, const std::vector<sRow>& rows) {
+    for (const sRow& row : rows) {
+        if (row.contents.state != eState::PRESENT) continue;
+        std::visit(
+            [&out](const auto& elements) {
+                for (const auto& element : elements)
+                    out << rawText(element) << '\n';
+            },
+            row.contents.values);
+    }
 }
 
 }  // namespace shmconf

@@ -1,4 +1,4 @@
-// What is in objects, as columns for a person and as JSON for a program.
+// What is in objects, as columns for a person, as JSON for a program, or bare for a script.
 #ifndef SHMCONF_OUTPUT_H
 #define SHMCONF_OUTPUT_H
 
@@ -23,6 +23,9 @@ void printTable(std::ostream& out, const std::vector<sRow>& rows);
 // An array with one member for each row. JSON knows only UTF-8 and finite numbers: other bytes
 // become the replacement character, other numbers null.
 void printJson(std::ostream& out, const std::vector<sRow>& rows);
+
+// The values alone, one a line, texts as they are: one with a line end in it takes more lines.
+void printRaw(std::ostream& out, const std::vector<sRow>& rows);
 
 }  // namespace shmconf
 

@@ -3,8 +3,7 @@
 #ifndef SHMCONF_SEGMENT_H
 #define SHMCONF_SEGMENT_H
 
-#include <sys/types.h>
-
+#include "shared_memory/peer_segment.h"
 #include "shmconf/object_table.h"
 #include "shmconf/values.h"
 
@@ -18,9 +17,8 @@ struct sContents {
     Values values;
 };
 
-// One a process, like the segment's handles, which it leaves attached. One thread. Operations
-// throw CToolError if the segment cannot be used, such as when a peer died holding its lock,
-// which costs ten seconds.
+// One thread. Operations throw CToolError if the segment cannot be used, such as when a peer died
+// holding its lock, which costs one second.
 class CSegment {
   public:
     // Attaches to the segment; without one, throws unless `create` is set.
@@ -29,13 +27,16 @@ class CSegment {
     sContents read(const sObject& object) const;
 
     // Leaves exactly `values` in the object, creating it if it does not exist.
-    void write(const sObject& object, const Values& values) const;
+    void write(const sObject& object, const Values& values);
+
+    // False if the object does not exist.
+    bool remove(const sObject& object);
 
     // True once the attached segment no longer has its name: nobody will change it any more.
     bool isReplaced() const;
 
   private:
-    ino_t mInode = 0;
+    core_utils::CPeerSegment mSegment;
 };
 
 }  // namespace shmconf

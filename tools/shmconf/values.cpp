@@ -1,6 +1,5 @@
 #include "shmconf/values.h"
 
-#include <cerrno>
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
@@ -12,26 +11,25 @@ namespace shmconf {
 
 namespace {
 
-constexpr const char* EXPECTED[] = {"a number", "a whole number from 0 to 255", "a text"};
-
-bool parse(const std::string& word, std::string& out) {
+// Each tells what is wrong with the word, or null.
+const char* parse(const std::string& word, std::string& out) {
     out = word;
-    return true;
+    return nullptr;
 }
-bool parse(const std::string& word, unsigned char& out) {
+const char* parse(const std::string& word, unsigned char& out) {
+    const bool signedNumber = word.size() > 1 && word[0] == '+' && word[1] != '-';
     const char* end = word.data() + word.size();
-    const auto [stop, error] = std::from_chars(word.data(), end, out);
-    return error == std::errc() && stop == end;
+    const auto [stop, error] = std::from_chars(word.data() + signedNumber, end, out);
+    return error == std::errc() && stop == end ? nullptr : "is not a whole number from 0 to 255";
 }
-// Not every C++ library has from_chars for doubles; this takes the same words.
-bool parse(const std::string& word, double& out) {
-    if (word.empty() || word[0] <= ' ' || word[0] == '+') return false;
-    if (word.find_first_of("xX") != std::string::npos) return false;
+// As C reads it, but for blanks before it. What is too small for a double is 0 or close to it.
+const char* parse(const std::string& word, double& out) {
     char* end = nullptr;
-    errno = 0;
     out = std::strtod(word.c_str(), &end);
-    const bool inRange = errno == 0 || (out != 0.0 && std::isfinite(out));
-    return inRange && end == word.c_str() + word.size();
+    if (word.empty() || word[0] <= ' ' || end != word.c_str() + word.size())
+        return "is not a number";
+    const bool named = word.find_first_of("nN") != std::string::npos;  // inf, infinity
+    return std::isinf(out) && !named ? "is too large for a double" : nullptr;
 }
 
 }  // namespace
@@ -47,10 +45,9 @@ Values parseValues(eElement element, const std::vector<std::string>& words) {
     std::visit(
         [&](auto& elements) {
             for (const std::string& word : words) {
-                if (!parse(word, elements.emplace_back())) {
-                    throw CToolError(STATUS_USAGE, "the value " + tools::quoted(word) + " is not " +
-                                                       EXPECTED[static_cast<int>(element)]);
-                }
+                const char* fault = parse(word, elements.emplace_back());
+                if (fault == nullptr) continue;
+                throw CToolError(STATUS_USAGE, "the value " + tools::quoted(word) + ' ' + fault);
             }
         },
         values);

@@ -46,6 +46,7 @@ void watch(std::ostream& out, const CSegment& segment, const std::vector<sObject
             known[i] = std::move(current);
             if (++changes == options.count) return;
         }
+        if (!out) throw CToolError(STATUS_FAILED, "the output cannot be written");
         if (segment.isReplaced()) {
             throw CToolError(STATUS_NO_SEGMENT, "the segment was removed while it was watched");
         }
