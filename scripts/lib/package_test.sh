@@ -77,7 +77,7 @@ test_installation() {
     [[ ! -s /tmp/verify ]] || fail "systemd-analyze has found something"
     expect "enabled" enabled_is enabled
     expect "started" service_is active
-    man -w 8 app_config_manager 1 shmconf >/dev/null || fail "no manual pages"
+    man -w 8 app_config_manager 1 confcheck shmconf >/dev/null || fail "no manual pages"
 
     step "It takes an identity from a peer outside, in spite of its confinement"
     expect "its segment is everybody's" test -e /dev/shm/CONF_AUTO_SAVE_MEM
