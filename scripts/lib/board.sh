@@ -38,10 +38,11 @@ make_initrd() {
     local root=$BOARD/root component module
     rm -rf $root $BOARD/config
     mkdir -p $root/{bin,lib,modules,job}
-    for component in daemon busybox tools; do
+    for component in runtime board; do
         DESTDIR=$PWD/$root cmake --install build/arm --prefix /usr --strip \
             --component $component >/dev/null
     done
+    rm -r $root/usr/share
     install -s --strip-program=arm-linux-gnueabihf-strip -t $root/usr/bin \
         build/arm/tests/board/board_{handlers,peer}
     cp -L -t $root/lib \
@@ -107,9 +108,9 @@ boot_board() {
 # how long it may take, in seconds.
 run_board() {
     (boot_board "$@") </dev/null | sed -u 's/\r$//' | tee "$1.log" |
-        grep --line-buffered -v '^board: exit status '
+        sed -u '/^board: exit status\|] reboot: Power down$/d; s/board: exit status [0-9]*$//'
     local status
-    status=$(sed -n 's/^board: exit status //p' "$1.log")
+    status=$(sed -n 's/.*board: exit status \([0-9]*\)$/\1/p' "$1.log")
     if [[ -z $status ]]; then board_fail "it ended without a status"; fi
     return "$status"
 }

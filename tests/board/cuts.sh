@@ -61,7 +61,8 @@ judge() {
 
 # Every file with every key, and the auto-save file to be seeded again at the next start.
 make_whole() {
-    sed -i 's/=UNKNOWN/=35_VOLTS_DEV_2CH/' $CONFIG/devtype_info.cfg
+    printf '[PROCESSED_DEV_INFORMATION]\nDEV_INFORMATION=35_VOLTS_DEV_2CH\n' \
+        >$CONFIG/devtype_info.cfg
     board_handlers >/dev/null 2>&1 &
     until grep -qx STATE=1 $CONFIG/conf_auto_save.cfg; do sleep 0.1; done
     kill $! && wait $! 2>/dev/null
