@@ -19,8 +19,8 @@ std::string confcheck(Words words) {
     words.insert(words.begin(), TEST_CONFCHECK);
     support::CChildProcess tool(words);
     std::string out;
-    for (const std::string& line : tool.readLines())
-        out += line + '\n';
+    while (const auto line = tool.readLine())
+        out += *line + '\n';
     return out + "status " + std::to_string(tool.wait().value_or(-1));
 }
 
