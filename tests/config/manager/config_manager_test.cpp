@@ -2,7 +2,7 @@
 #include <thread>
 
 #include "config/manager/hxl_config_handler.h"
-#include "config/processors/processor_test.h"
+#include "support/processor_test.h"
 
 namespace {
 
@@ -16,45 +16,55 @@ Identity identityOf(CConfigManager& manager) {
     return identity;
 }
 
-TEST(ConfigManager, IdentityComesFromTheDeviceStringAndIsKeptOnceKnown) {
-    CConfigManager waiting;
-    EXPECT_EQ(Identity(0, 0), identityOf(waiting)) << "no object yet";
-    const std::pair<const char*, Identity> strings[] = {{"", {0, 0}},
-                                                        {"UNKNOWN", {0, 0}},
-                                                        {"100_VOLTS_DEV_1CH", {2, 1}},
-                                                        {"KOL_100_VOLTS_DEV", {2, 2}},
-                                                        {"KOL_1CH", {3, 1}},
-                                                        {"anything", {1, 2}}};
-    for (const auto& [text, identity] : strings) {
-        shared().setStringVector(48, {text});
+TEST(ConfigManager, IdentityAndDeviceStringFollowFromOneAnother) {
+    const struct {
+        Identity set;  // (0, 0): a peer publishes the text
+        const char* text;
+        Identity read;
+    } rows[] = {
+        {{1, 1}, "35_VOLTS_DEV_1CH", {1, 1}},
+        {{1, 2}, "35_VOLTS_DEV_2CH", {1, 2}},
+        {{2, 1}, "100_VOLTS_DEV_1CH", {2, 1}},
+        {{2, 2}, "100_VOLTS_DEV_2CH", {2, 2}},
+        {{3, 1}, "KOL_35_VOLTS_DEV_2CH", {3, 2}},
+        {{3, 2}, "KOL_35_VOLTS_DEV_2CH", {3, 2}},
+        {{4, 1}, "", {0, 0}},
+        {{0, 0}, "UNKNOWN", {0, 0}},
+        {{0, 0}, "KOL_100_VOLTS_DEV", {2, 2}},
+        {{0, 0}, "KOL_1CH", {3, 1}},
+        {{0, 0}, "anything", {1, 2}},
+    };
+    CConfigManager first;
+    EXPECT_EQ(Identity(0, 0), identityOf(first)) << "no object yet";
+    for (const auto& row : rows) {
         CConfigManager manager;
-        EXPECT_EQ(identity, identityOf(manager)) << text;
-        EXPECT_EQ(identity.first == 0 ? Identity(0, 0) : Identity(2, 1), identityOf(waiting));
+        if (row.set.first == 0) {
+            shared().setStringVector(48, {row.text});
+        } else {
+            EXPECT_TRUE(manager.setDevTypeInfo(row.set.first, row.set.second, false));
+            EXPECT_EQ(row.set, identityOf(manager));
+        }
+        EXPECT_EQ(row.text, textsIn(48));
+        CConfigManager reader;
+        EXPECT_EQ(row.read, identityOf(reader)) << row.text;
+        EXPECT_EQ(Identity(1, 1), identityOf(first)) << "kept once it is known";
     }
-
-    const Texts written = {"35_VOLTS_DEV_1CH",  "35_VOLTS_DEV_2CH",     "100_VOLTS_DEV_1CH",
-                           "100_VOLTS_DEV_2CH", "KOL_35_VOLTS_DEV_2CH", "KOL_35_VOLTS_DEV_2CH"};
-    for (std::size_t i = 0; i < 6; ++i) {
-        const Identity identity(static_cast<int>(i / 2 + 1), static_cast<int>(i % 2 + 1));
-        EXPECT_TRUE(waiting.setDevTypeInfo(identity.first, identity.second, false));
-        EXPECT_EQ(written[i], textsIn(48));
-        EXPECT_EQ(identity, identityOf(waiting));
-    }
-    EXPECT_TRUE(waiting.setDevTypeInfo(4, 1, false));
-    EXPECT_EQ("", textsIn(48));
 }
 
 // A peer that takes no lock is stopped in the middle of its write: new characters, old length.
 TEST(ConfigManager, IdentityOfAHalfWrittenTextIsThatOfTheWholeOne) {
-    const std::pair<const char*, int> halves[] = {
-        {"100_VOL", 800}, {"DATA FROM TEST", 800}, {"UNKNO", 800}, {"100_VOLTS_DEV_ xx", 80}};
-    for (const auto& [half, ms] : halves) {
+    const struct {
+        const char* half;
+        int standsFor;  // ms
+    } rows[] = {
+        {"100_VOL", 500}, {"DATA FROM TEST", 500}, {"UNKNO", 500}, {"100_VOLTS_DEV_ xx", 40}};
+    for (const auto& row : rows) {
         CConfigManager manager;
-        shared().setStringVector(48, {half});
+        shared().setStringVector(48, {row.half});
         auto identity = std::async(std::launch::async, [&] { return identityOf(manager); });
-        std::this_thread::sleep_for(std::chrono::milliseconds(ms));
+        std::this_thread::sleep_for(std::chrono::milliseconds(row.standsFor));
         shared().setStringVector(48, {"KOL_35_VOLTS_DEV_2CH"});
-        EXPECT_EQ(Identity(3, 2), identity.get()) << half;
+        EXPECT_EQ(Identity(3, 2), identity.get()) << row.half;
     }
 }
 
@@ -85,33 +95,46 @@ TEST(ConfigManager, CurrentCorrectionFailsOnlyIfNoKeySucceeds) {
     EXPECT_EQ("1.000000,2.000000,3.000000,8.000000", joinList(Doubles(values, values + 4)));
 }
 
-TEST(ConfigManager, SyncMarkBadNumbersAndUnknownPresets) {
+TEST(ConfigManager, SyncMarkIsAddedToTheSystemFileWhichMustExist) {
     CConfigManager manager;
     int mark = 5;
     const std::string path = configPath("system_config.cfg");
-    EXPECT_FALSE(manager.readSettingSync(mark) || manager.writeSettingSync(1));
+    EXPECT_FALSE(manager.readSettingSync(mark));
+    EXPECT_FALSE(manager.writeSettingSync(1));
     writeFile(path, "[FW_VERSION]\nValue=7\n");
-    EXPECT_TRUE(manager.writeSettingSync(-1) && manager.readSettingSync(mark));
+    EXPECT_TRUE(manager.writeSettingSync(-1));
+    EXPECT_TRUE(manager.readSettingSync(mark));
     EXPECT_EQ(-1, mark);
     EXPECT_EQ("[FW_VERSION]\nValue=7\n\n[SETTING_SYNC]\nSYNC=-1\n", readFile(path));
+}
 
+TEST(ConfigManager, BadNumberEndsALoadInsideTheManager) {
+    CConfigManager manager;
     writeFile(configPath("conf_auto_save.cfg"),
               "[CONF_STATUS]\nSTATE=1\n[CONF_ITEM_DBL]\nVOL_LVL=x\n");
-    EXPECT_EQ("CConfigManager :: loadAutoSaveConfig exception : stod \n0",
-              outcomeOf([&] { return manager.loadAutoSaveConfig(); }));
+    const std::string printed = outcomeOf([&] { return manager.loadAutoSaveConfig(); });
+    EXPECT_EQ(0U, printed.find("CConfigManager :: loadAutoSaveConfig exception : "));
+    EXPECT_EQ(" \n0", printed.substr(printed.size() - 3));
+}
 
-    sPresetBlock block{};
+TEST(ConfigManager, PresetAndVersionComeFromSharedMemoryOrNotAtAll) {
+    CConfigManager manager;
+    sPresetBlock block{}, published{};
     block.ucOvpMode[0] = 7;
     for (const int number : {-1, 0, 6, 42}) {
-        EXPECT_FALSE(manager.savePresetBlock(number, block, false) ||
-                     manager.getPresetBlock(number, block, true));
+        EXPECT_FALSE(manager.savePresetBlock(number, block, false)) << number;
+        EXPECT_FALSE(manager.getPresetBlock(number, block, true)) << number;
     }
-    EXPECT_EQ(7, block.ucOvpMode[0]);
+    EXPECT_TRUE(manager.savePresetBlock(5, block, false));
+    EXPECT_TRUE(manager.getPresetBlock(5, published, false));
+    EXPECT_EQ(7, published.ucOvpMode[0]);
 
-    sPresetBlock shared{};
-    EXPECT_TRUE(manager.savePresetBlock(5, block, false) &&
-                manager.getPresetBlock(5, shared, false));
-    EXPECT_EQ(7, shared.ucOvpMode[0]);
+    std::string version = "kept";
+    EXPECT_FALSE(manager.getChnFwVersion(version));
+    EXPECT_EQ("kept", version);
+    shared().setStringVector(30, {"7.1"});
+    EXPECT_TRUE(manager.getChnFwVersion(version));
+    EXPECT_EQ("7.1", version);
 }
 
 }  // namespace

@@ -1,9 +1,10 @@
 #include "config/processors/auto_save_processor.h"
 
+#include <algorithm>
 #include <stdexcept>
 
-#include "config/processors/processor_test.h"
 #include "config/records/auto_save_data.h"
+#include "support/processor_test.h"
 
 namespace {
 
@@ -11,104 +12,115 @@ using namespace hxl_config_handler;
 using namespace support;
 using CProcessor = CProcessorOn<CConfigAutoSaveProcessor>;
 
-const std::string kPath = configPath("conf_auto_save.cfg");
+const std::string PATH = configPath("conf_auto_save.cfg");
+const std::string FRESH = "[CONF_STATUS]\nSTATE=0\n";
+const std::string NOT_OPENED = "failed to open dev type file config \n0";
 
-// The file as the defaults of device type 1 leave it: a new key becomes the first of its section.
-const std::string kDefaults =
-    "[CONF_STATUS]\nSTATE=1\n\n[CONF_ITEM_DBL]\nRMP_TME=10.000000\nFUS_DLY=0.000000\n"
-    "OVP_LVL=36.500000\nOPP_LVL=41.000000\nCUR_LVL=6.100000\nVOL_LVL=6.000000\n\n"
-    "[CONF_ITEM_SEL]\nWLAN_AC=0\nKEY_STE=0\nDSP_BRT=5\nUSB_MOD=0\nBPR_STE=1\nNET_STE=0\n"
-    "OUT_MOD=0\nDVM_STE=0\nRMP_STE=0\nFUS_STE=0\nLCR_MOD=0\nSNS_STE=0\nOVP_MOD=1\nOVP_STE=1\n"
-    "OPP_STE=1\nCHF_MOD=0\n\n[CONF_ITEM_STR]\nWLAN_PASS=Tarnwell\nWLAN_SSID=SSID\n";
+std::string recordOf(CProcessor& processor, int id) {
+    return printedBy([&] { processor.GetConfData(id)->PrintConfData(); });
+}
+
+// The file as a unit of `devType` seeds it, with every item.
+std::string seededFile(int devType = 1, const std::string& state = "0") {
+    writeFile(PATH, "[CONF_STATUS]\nSTATE=" + state + "\n");
+    CProcessor processor(devType);
+    EXPECT_EQ('1', load(processor).back());
+    return readFile(PATH);
+}
 
 TEST(AutoSaveProcessor, FreshFileSeedsTheDefaultsOfTheVariant) {
-    const std::vector<Texts> rows = {
-        {"1", "0", "ZEV 35V", "6.000000", "6.100000", "36.500000", "0"},
-        {"2", "256", "ZEV 100V", "20.000000", "2.030000", "102.000000", "0"},
-        {"3", "00", "KOL 35V", "6.000000", "5.100000", "36.000000", "2"},
-    };
-    for (const Texts& row : rows) {
-        writeFile(kPath, "[CONF_STATUS]\nSTATE=" + row[1] + "\n");
-        CProcessor processor(std::stoi(row[0]));
-        EXPECT_EQ("parse defult val \nrunning " + row[2] + " parse \n1", load(processor));
-        std::string file = replaced(kDefaults, "VOL_LVL=6.000000", "VOL_LVL=" + row[3]);
-        file = replaced(file, "CUR_LVL=6.100000", "CUR_LVL=" + row[4]);
-        file = replaced(file, "OVP_LVL=36.500000", "OVP_LVL=" + row[5]);
-        EXPECT_EQ(replaced(file, "CHF_MOD=0", "CHF_MOD=" + row[6]), readFile(kPath));
-        std::string numbers, bytes;
-        for (int id = 0; id <= 5; ++id)
-            numbers += numbersIn(id) + ' ';
-        for (int id = 7; id <= 22; ++id)
-            bytes += bytesIn(id);
-        EXPECT_EQ(row[3] + ' ' + row[4] + " 41.000000 " + row[5] + " 0.000000 10.000000 ", numbers);
-        EXPECT_EQ(row[6] + "111000000010500", bytes);
-        EXPECT_EQ("SSID Tarnwell", textsIn(24) + ' ' + textsIn(25));
+    const struct {
+        int devType;
+        std::string state, current, channels;
+    } rows[] = {{1, "0", "6.100000", "0"}, {2, "256", "2.030000", "0"}, {3, "00", "5.100000", "2"}};
+    for (const auto& row : rows) {
+        const std::string file = seededFile(row.devType, row.state);
+        EXPECT_EQ(25, std::count(file.begin(), file.end(), '=')) << "the mark and 24 items";
+        EXPECT_EQ(0U, file.find("[CONF_STATUS]\nSTATE=1\n"));
+        EXPECT_TRUE(has(file, "\nCUR_LVL=" + row.current + "\n")) << file;
+        EXPECT_EQ(row.current, numbersIn(1));
+        EXPECT_EQ(row.channels, bytesIn(7));
     }
-    writeFile(kPath, "[CONF_STATUS]\nSTATE=0\n");
+    writeFile(PATH, FRESH);
     CProcessor unknown(0);
     EXPECT_EQ("parse defult val \n0", load(unknown));
-    EXPECT_EQ("[CONF_STATUS]\nSTATE=0\n", readFile(kPath));
+    EXPECT_EQ(FRESH, readFile(PATH));
+}
+
+TEST(AutoSaveProcessor, FileThatCannotHoldTheDefaultsStaysFresh) {
+    writeFullFolder(PATH, FRESH);
+    const std::string before = readFile(PATH);
+    CProcessor processor(1);
+    EXPECT_EQ('0', load(processor).back());
+    EXPECT_EQ(before, readFile(PATH));
+    EXPECT_EQ("6.000000", numbersIn(0)) << "published all the same";
 }
 
 TEST(AutoSaveProcessor, SavedValuesGoToSharedMemoryAndNotIntoTheRecords) {
-    const std::string read = "[CFileConfig::read str] FAILED to read ";
-    const std::string noVoltage = read +
-                                  "[CONF_ITEM_DBL]:[VOL_LVL]\n failed to read section : "
+    const std::string miss = "[CFileConfig::read str] FAILED to read [CONF_";
+    const std::string noVoltage = miss +
+                                  "ITEM_DBL]:[VOL_LVL]\n failed to read section : "
                                   "CONF_ITEM_DBL with key : VOL_LVL\n1";
-    const std::string noState =
-        read + "[CONF_STATUS]:[STATE]\n failed to read conf status : CONF_STATUS , STATE \n0";
+    const std::string noState = miss +
+                                "STATUS]:[STATE]\n failed to read conf status : "
+                                "CONF_STATUS , STATE \n0";
     const std::string parser = "CConfigAutoSaveMngr::parseConfigAutoSaveFile";
     const std::string badState =
         "!!!!!!!!!!!!!! " + parser + " expception catch !!!!!!!!!!!!!!!!!!\n1";
     const std::string badPiece = "!!!!!!!!!!! " + parser + "NewVal exception catch ";
-    // A part of the file, what replaces it, the outcome, and three objects after it.
-    const std::vector<Texts> rows = {
-        {"=6.000000", "=1.5,2.5", "1", "1.500000,2.500000", "0", "SSID"},
-        {"VOL_LVL=6.000000\n", "", noVoltage, "", "0", "SSID"},
-        {"OUT_MOD=0", "OUT_MOD=257", "1", "6.000000", "1", "SSID"},
-        {"OUT_MOD=0", "OUT_MOD=x,1", badPiece + "1 !!!!!!!!!!!!\n1", "6.000000", "1", "SSID"},
-        {"OUT_MOD=0", "OUT_MOD=2,", badPiece + "2 !!!!!!!!!!!!\n1", "6.000000", "2", "SSID"},
+    const struct {
+        std::string part, replacement, outcome;
+        std::string voltage = "6.000000", mode = "0", ssid = "SSID";
+    } rows[] = {
+        {"L_LVL=6.000000", "L_LVL=1.5,2.5", "1", "1.500000,2.500000"},
+        {"VOL_LVL=6.000000\n", "", noVoltage, ""},
+        {"OUT_MOD=0", "OUT_MOD=257", "1", "6.000000", "1"},
+        {"OUT_MOD=0", "OUT_MOD=x,1", badPiece + "1 !!!!!!!!!!!!\n1", "6.000000", "1"},
+        {"OUT_MOD=0", "OUT_MOD=2,", badPiece + "2 !!!!!!!!!!!!\n1", "6.000000", "2"},
         {"=SSID", "=a,,b", "1", "6.000000", "0", "a,,b"},
-        {"STATE=1", "STATE=x", badState, "6.000000", "0", "SSID"},
+        {"STATE=1", "STATE=x", badState},
         {"STATE=1\n", "", noState, "", "", ""},
     };
-    for (const Texts& row : rows) {
+    const std::string seeded = seededFile();
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.part + row.replacement);
         core_utils::CSharedMemory(true);
-        const std::string file = replaced(kDefaults, row[0], row[1]);
-        writeFile(kPath, file);
+        const std::string file = replaced(seeded, row.part, row.replacement);
+        writeFile(PATH, file);
         CProcessor processor(1);
-        EXPECT_EQ(row[2], load(processor));
-        EXPECT_EQ((Texts{row[3], row[4], row[5]}), (Texts{numbersIn(0), bytesIn(16), textsIn(24)}));
-        EXPECT_EQ(row[1] == "STATE=x" ? kDefaults : file, readFile(kPath));
-        EXPECT_EQ("CNFKEY:VOL_LVL CONF INDEX 0 \n\n\n\n ",
-                  printedBy([&] { processor.GetConfData(0)->PrintConfData(); }));
+        EXPECT_EQ(row.outcome, load(processor));
+        EXPECT_EQ(row.voltage, numbersIn(0));
+        EXPECT_EQ(row.mode, bytesIn(16));
+        EXPECT_EQ(row.ssid, textsIn(24));
+        EXPECT_EQ(row.outcome == badState ? seeded : file, readFile(PATH));
+        EXPECT_EQ("CNFKEY:VOL_LVL CONF INDEX 0 \n\n\n\n ", recordOf(processor, 0));
     }
 
-    writeFile(kPath, replaced(kDefaults, "CUR_LVL=6.100000", "CUR_LVL=1,"));
+    writeFile(PATH, replaced(seeded, "CUR_LVL=6.100000", "CUR_LVL=1,"));
     core_utils::CSharedMemory(true);
     CProcessor processor(1);
     EXPECT_THROW(processor.LoadConfigFile(), std::invalid_argument);
-    EXPECT_EQ("6.000000", numbersIn(0) + numbersIn(1) + bytesIn(16)) << "unloaded from there on";
+    EXPECT_EQ("6.000000", numbersIn(0));
+    EXPECT_EQ("", numbersIn(1) + bytesIn(16)) << "unloaded from there on";
 }
 
 TEST(AutoSaveProcessor, SavingWritesOneLineAndTheRecordOrNeither) {
-    writeFullFolder(kPath, kDefaults);
-    const std::string full = readFile(kPath);
+    writeFullFolder(PATH, seededFile());
+    const std::string full = readFile(PATH);
     CProcessor processor(1);
     CConfAutoSaveDataDbl shorter(0, Doubles{1.25}), longer(0, Doubles{1.25, 2});
     EXPECT_EQ("1", save(processor, 0, &shorter));
     for (const int id : {6, 7, 23, 26})
         EXPECT_EQ("0", save(processor, id, &longer)) << id;
     EXPECT_EQ("0", save(processor, 0, nullptr));
-    EXPECT_EQ(replaced(full, "VOL_LVL=6.000000", "VOL_LVL=1.250000"), readFile(kPath));
+    EXPECT_EQ(replaced(full, "VOL_LVL=6.000000", "VOL_LVL=1.250000"), readFile(PATH));
     EXPECT_EQ("FAILED TO WRITE ON PRIO KEY \n0", save(processor, 0, &longer));
-    EXPECT_EQ("CNFKEY:VOL_LVL CONF INDEX 0 \n\n1.250000 \n\n ",
-              printedBy([&] { processor.GetConfData(0)->PrintConfData(); }));
+    EXPECT_EQ("CNFKEY:VOL_LVL CONF INDEX 0 \n\n1.250000 \n\n ", recordOf(processor, 0));
 
-    remove(kPath.c_str());
+    remove(PATH.c_str());
     CProcessor other(1);
-    EXPECT_EQ("failed to open dev type file config \n0", save(other, 0, &shorter));
-    EXPECT_EQ("failed to open dev type file config \n0", load(other));
+    EXPECT_EQ(NOT_OPENED, save(other, 0, &shorter));
+    EXPECT_EQ(NOT_OPENED, load(other));
 
     CAbsConfigProcesor::mpSharedMemoryMngr = nullptr;
     EXPECT_EQ("mpSharedMemoryMngr No Valid Pointer \n0",

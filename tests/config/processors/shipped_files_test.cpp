@@ -4,8 +4,8 @@
 #include "config/processors/auto_save_processor.h"
 #include "config/processors/dev_var_system_processor.h"
 #include "config/processors/preset_processor.h"
-#include "config/processors/processor_test.h"
 #include "config/processors/system_processor.h"
+#include "support/processor_test.h"
 
 namespace {
 

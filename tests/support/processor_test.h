@@ -1,6 +1,6 @@
 // What the tests of the configuration share.
-#ifndef CONFIG_PROCESSORS_PROCESSOR_TEST_H
-#define CONFIG_PROCESSORS_PROCESSOR_TEST_H
+#ifndef SUPPORT_PROCESSOR_TEST_H
+#define SUPPORT_PROCESSOR_TEST_H
 
 #include <sys/mount.h>
 
@@ -55,6 +55,9 @@ class CProcessorOn : public Processor, private IDevTypeInfo {
     int mDevType;
 };
 
+inline bool has(const std::string& text, const std::string& part) {
+    return text.find(part) != std::string::npos;
+}
 inline std::string replaced(std::string text, const std::string& part, const std::string& by) {
     return text.replace(text.find(part), part.size(), by);
 }
