@@ -42,7 +42,7 @@ make_initrd() {
         DESTDIR=$PWD/$root cmake --install build/arm --prefix /usr --strip \
             --component $component >/dev/null
     done
-    rm -r $root/usr/share
+    rm -r "${root:?}/usr/share"
     install -s --strip-program=arm-linux-gnueabihf-strip -t $root/usr/bin \
         build/arm/tests/board/board_{handlers,peer}
     cp -L -t $root/lib \
