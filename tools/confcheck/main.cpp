@@ -2,9 +2,10 @@
 #include <sys/stat.h>
 
 #include <CLI/CLI.hpp>
-#include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
+#include <exception>
 #include <iostream>
 
 #include "confcheck/check.h"
@@ -52,7 +53,7 @@ eExitStatus statusOf(const sReport& report) {
     return errors ? STATUS_CANNOT_READ : findings ? STATUS_FINDINGS : STATUS_CLEAN;
 }
 
-eExitStatus run(const sArguments& arguments) {
+eExitStatus check(const sArguments& arguments) {
     if (!isFolder(arguments.folder)) {
         std::cerr << "confcheck: cannot read " << arguments.folder << ": " << std::strerror(errno)
                   << '\n';
@@ -68,9 +69,7 @@ eExitStatus run(const sArguments& arguments) {
     return STATUS_CANNOT_READ;
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+eExitStatus run(int argc, char** argv) {
     CLI::App app("Tells what the configuration daemon makes of its files, and changes nothing.",
                  "confcheck");
     app.footer(FOOTER);
@@ -88,5 +87,16 @@ int main(int argc, char** argv) {
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? STATUS_CLEAN : STATUS_USAGE;
     }
-    return run(arguments);
+    return check(arguments);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return run(argc, argv);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "confcheck: %s\n", error.what());
+        return STATUS_CANNOT_READ;
+    }
 }
