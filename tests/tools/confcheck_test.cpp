@@ -6,6 +6,7 @@
 
 #include "support/child_process.h"
 #include "support/files.h"
+#include "tools/options.h"
 
 namespace {
 
@@ -56,6 +57,10 @@ TEST(Confcheck, PrintsWhatItsPageShows) {
         shown += static_cast<int>(block.size() > 1);
     }
     EXPECT_EQ(3, shown);
+}
+
+TEST(Confcheck, HasAManualWithItsOptions) {
+    EXPECT_EQ(optionsIn(confcheck({"--help"})), optionsIn(readFile(TEST_CONFCHECK_MANUAL)));
 }
 
 TEST(Confcheck, JsonHasTheSameFields) {
