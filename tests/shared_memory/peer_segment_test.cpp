@@ -19,13 +19,13 @@ using namespace std::chrono_literals;
 using core_utils::CPeerSegment;
 using eOutcome = CPeerSegment::eOutcome;
 
-constexpr char kFile[] = "/dev/shm/CONF_AUTO_SAVE_MEM";
+constexpr char SEGMENT_FILE[] = "/dev/shm/CONF_AUTO_SAVE_MEM";
 
 TEST(PeerSegment, OnlyOpeningAndWritingCreateAndEveryRefusalSaysWhy) {
     CPeerSegment segment;
     EXPECT_EQ(eOutcome::NO_SEGMENT, segment.write(0, Doubles{1.0}).outcome);
     EXPECT_EQ("there is no segment CONF_AUTO_SAVE_MEM", segment.attach().reason);
-    EXPECT_FALSE(std::filesystem::exists(kFile));
+    EXPECT_FALSE(std::filesystem::exists(SEGMENT_FILE));
     ASSERT_TRUE(segment.open() && segment.attach() && segment.check());
 
     Doubles values = {9.0};
@@ -47,9 +47,9 @@ TEST(PeerSegment, OnlyOpeningAndWritingCreateAndEveryRefusalSaysWhy) {
     const Doubles tooMany(300000);
     EXPECT_EQ(eOutcome::FULL, segment.write(0, tooMany).outcome);
     EXPECT_EQ(eOutcome::FULL, segment.write(25, Texts(100, std::string(20000, 'x'))).outcome);
-    std::filesystem::remove(kFile);
+    std::filesystem::remove(SEGMENT_FILE);
     EXPECT_EQ(eOutcome::REPLACED, segment.check().outcome);
-    writeFile(kFile, "x");
+    writeFile(SEGMENT_FILE, "x");
     EXPECT_EQ(eOutcome::UNUSABLE, CPeerSegment().attach().outcome);
     EXPECT_TRUE(segment.read(0, values)) << "what was attached to stays";
 }

@@ -84,15 +84,15 @@ struct sCase {
     std::string content;
     std::string findings;  // behind the file's path
 };
-const std::string kSaved = "[CONF_STATUS]\nSTATE=1\n[CONF_ITEM_SEL]\n[CONF_ITEM_STR]\n";
-const sCase kCases[] = {
+const std::string SAVED = "[CONF_STATUS]\nSTATE=1\n[CONF_ITEM_SEL]\n[CONF_ITEM_STR]\n";
+const sCase CASES[] = {
     {"conf_auto_save.cfg", "[CONF_STATUS]\nSTATE=1\n[CONF_ITEM_DBL]\n[CONF_ITEM_SEL]\n",
      ":1: there is no section [CONF_ITEM_STR], which a unit that does not know its device type "
      "reads\n"},
     {"conf_auto_save.cfg", "[CONF_STATUS]\nSTATE=-256\n[CONF_ITEM_DBL]\nVOL_LVL=1,x\n",
      ":2: \"-256\" is no byte: its low 8 bits count, 0\n"
      ":4: STATE is 0: it is not loaded\n"},
-    {"conf_auto_save.cfg", kSaved + "[CONF_ITEM_DBL]\nVOL_LVL=1" + std::string(71, '0') + "2",
+    {"conf_auto_save.cfg", SAVED + "[CONF_ITEM_DBL]\nVOL_LVL=1" + std::string(71, '0') + "2",
      ":6: is too long and is cut after 80 characters: the value ends there\n"
      ":6: cannot be written back: a line has at most 80 characters with its end, this one 88\n"},
     {"conf_auto_save.cfg", "[CONF_STATUS]\n#" + std::string(79, '.') + "[\nSTATE=1\n",
@@ -110,7 +110,7 @@ const sCase kCases[] = {
 };
 
 TEST(Confcheck, FindsWhatIsWrong) {
-    for (const auto& [file, content, findings] : kCases) {
+    for (const auto& [file, content, findings] : CASES) {
         installDelivered();
         EXPECT_EQ("status 0", confcheck({"--quiet"}));
         support::writeFile(configPath(file), content);

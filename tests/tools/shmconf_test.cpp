@@ -13,7 +13,7 @@ namespace {
 
 using namespace support;
 
-constexpr char kFile[] = "/dev/shm/CONF_AUTO_SAVE_MEM";
+constexpr char SEGMENT_FILE[] = "/dev/shm/CONF_AUTO_SAVE_MEM";
 
 // What a shell command that may call shmconf prints, on both outputs, then its status.
 std::string shell(const std::string& command) {
@@ -33,7 +33,7 @@ struct sRefusal {
     int status;
     const char* message;
 };
-constexpr sRefusal kRefusals[] = {
+constexpr sRefusal REFUSALS[] = {
     {"set 0 1", 3, "there is no segment CONF_AUTO_SAVE_MEM"},
     {"unset 0", 3, "there is no segment CONF_AUTO_SAVE_MEM"},
     {"watch 23", 2, "closest are:\n  22\tWLAN_AUTOCONN_MEM\n  24\t"},
@@ -47,14 +47,14 @@ constexpr sRefusal kRefusals[] = {
 TEST(Shmconf, RefusalsSayWhyAndCreateAndChangeNothing) {
     for (const bool withSegment : {false, true}) {
         if (withSegment) CPeerMemory().setDoubleVector(0, {24.0});
-        for (const auto& [line, status, message] : kRefusals) {
+        for (const auto& [line, status, message] : REFUSALS) {
             if (withSegment && status == 3) continue;
             const std::string result = shell(std::string("shmconf ") + line);
             EXPECT_NE(std::string::npos, result.find(message)) << line << result;
             EXPECT_NE(std::string::npos, result.find("\nstatus " + std::to_string(status)));
             EXPECT_EQ(0U, result.find("shmconf: "));
         }
-        EXPECT_EQ(withSegment, std::filesystem::exists(kFile));
+        EXPECT_EQ(withSegment, std::filesystem::exists(SEGMENT_FILE));
     }
     EXPECT_EQ(Doubles{24.0}, CPeerMemory().getDoubleVector(0));
 }
@@ -157,7 +157,7 @@ TEST(Shmconf, ShowsAnyContents) {
 }
 
 TEST(Shmconf, LeavesAHalfCreatedSegmentAlone) {
-    writeFile(kFile, "");
+    writeFile(SEGMENT_FILE, "");
     EXPECT_EQ("status 3", shell("shmconf list --json 2>/dev/null")) << "only what can be parsed";
     const std::string result = shell("shmconf list");
     EXPECT_NE(std::string::npos, result.find("never finished")) << result;
@@ -175,7 +175,7 @@ TEST(Shmconf, WatchPrintsEachChangeUntilItsCountOrTheEndOfTheSegment) {
     peer.setByteVector(21, {9});
     EXPECT_NE(std::string::npos, all.readLine().value().find("  21 KEY_FALL_TIME: 8 -> 9"));
     EXPECT_EQ(0, all.wait());
-    std::filesystem::remove(kFile);
+    std::filesystem::remove(SEGMENT_FILE);
     EXPECT_EQ(3, one.wait());
 }
 
