@@ -71,8 +71,7 @@ prepare_board() {
     mkdir -p $BOARD
     fetch_debian
     cmake --preset arm
-    cmake --build --preset arm \
-        --target app_config_manager shmconf board_handlers board_peer
+    cmake --build --preset arm --target src/all tools/all tests/board/all
     make_initrd
 }
 
