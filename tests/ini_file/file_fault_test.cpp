@@ -137,11 +137,16 @@ void operator delete(void* block, std::size_t) noexcept {
 
 namespace {
 
-const std::string PRINTED = "/dev/shm/printed";  // by the last run
+// Runs `prepare` and, watched, `change`.
+void run(const std::function<void()>& prepare, const std::function<bool()>& change) {
+    prepare();
+    gpRun->watching = true;
+    gpRun->result = change();
+    gpRun->watching = false;
+    gpRun->returned = true;
+}
 
-// Runs `prepare` and, watched, `change` in a child process.
-void run(const sFault& fault, int strikeAt, const std::function<void()>& prepare,
-         const std::function<bool()>& change) {
+void setFault(const sFault& fault, int strikeAt) {
     if (gpRun == &gIdle) {
         gpRun = static_cast<sRun*>(
             mmap(nullptr, sizeof(sRun), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
@@ -149,15 +154,14 @@ void run(const sFault& fault, int strikeAt, const std::function<void()>& prepare
     *gpRun = {};
     gpRun->fault = fault;
     gpRun->strikeAt = strikeAt;
+}
+
+// As run(), in a process of its own.
+void runInChild(const std::function<void()>& prepare, const std::function<bool()>& change) {
+    std::fflush(stdout);  // or the child writes it too
     const pid_t child = fork();
     if (child == 0) {
-        if (std::freopen(PRINTED.c_str(), "w", stdout) == nullptr) _exit(1);
-        prepare();
-        gpRun->watching = true;
-        gpRun->result = change();
-        gpRun->watching = false;
-        std::fflush(stdout);
-        gpRun->returned = true;
+        if (std::freopen("/dev/null", "w", stdout) != nullptr) run(prepare, change);
         _exit(0);
     }
     waitpid(child, nullptr, 0);
@@ -211,12 +215,17 @@ TEST(FileFaults, AChangeLeavesTheOldFileTheNewOneOrOneThatEndsInTheChange) {
                                                 << fault.name << ' ' << number + 1);
                 support::writeFile(path, before);
                 CFileConfig file;
-                run(
-                    fault, ++number, [&] { file.open(path, "r+b"); },
-                    [&] {
-                        const bool changed = row.change(file);
-                        return file.close() && changed;
-                    });
+                const auto open = [&] { file.open(path, "r+b"); };
+                const auto change = [&] {
+                    const bool changed = row.change(file);
+                    return file.close() && changed;
+                };
+                setFault(fault, ++number);
+                std::string printed;
+                if (fault.kill)
+                    runInChild(open, change);
+                else
+                    printed = support::printedBy([&] { run(open, change); });
                 const std::string left = support::readFile(path);
                 EXPECT_TRUE(isOutcome(before, row.after, row.begin, left)) << left;
                 EXPECT_EQ(gpRun->struck && fault.kill, !gpRun->returned);
@@ -227,15 +236,15 @@ TEST(FileFaults, AChangeLeavesTheOldFileTheNewOneOrOneThatEndsInTheChange) {
                 if (gpRun->struck && gpRun->struck != 'r') {
                     EXPECT_FALSE(gpRun->result);
                 }
-                std::string printed;
-                if (gpRun->struck == 'm') printed = "riSize = -1 \n";
+                std::string expected;
+                if (gpRun->struck == 'm') expected = "riSize = -1 \n";
                 const bool inRest = number >= row.restFrom && number <= row.restTo;
-                if (inRest && !fault.memory) printed = "riSize = -1,2 \n";
+                if (inRest && !fault.memory) expected = "riSize = -1,2 \n";
                 if (gpRun->struck == 't')
-                    printed = "truncate fail : " + std::to_string(fault.error) + " \n";
+                    expected = "truncate fail : " + std::to_string(fault.error) + " \n";
                 // A part of the first read may hold the key, which moves the failure to the rest.
-                if (!fault.partly || gpRun->struck != 'r') {
-                    EXPECT_EQ(fault.kill ? "" : printed, support::readFile(PRINTED));
+                if (!fault.kill && (!fault.partly || gpRun->struck != 'r')) {
+                    EXPECT_EQ(expected, printed);
                 }
             } while (gpRun->struck);
             EXPECT_TRUE(gpRun->result);
@@ -249,9 +258,8 @@ TEST(FileFaults, AValueThatAFailedReadCutsOffIsNotRead) {
     support::writeFile(path, "[Sec]\n" + std::string(READ_PART - 13, '#') + "\nKey=1234\n");
     CFileConfig file;
     std::string value;
-    run(
-        FAULTS[1], 2, [&] { file.open(path, "r+b"); },
-        [&] { return file.read("Sec", "Key", value); });
+    setFault(FAULTS[1], 2);
+    run([&] { file.open(path, "r+b"); }, [&] { return file.read("Sec", "Key", value); });
     EXPECT_EQ('r', gpRun->struck);
     EXPECT_FALSE(gpRun->result);
 }
@@ -272,18 +280,21 @@ void expectMendedByTheNextSave(const std::string& path, const std::string& befor
                                const std::function<void()>& prepare,
                                const std::function<bool()>& save) {
     support::writeFile(path, before);
-    run(NONE, 0, prepare, save);
+    setFault(NONE, 0);
+    runInChild(prepare, save);
     EXPECT_TRUE(gpRun->result);
     const std::string saved = support::readFile(path);
     const std::string calls = gpRun->calls;
     EXPECT_EQ("wsc", calls.substr(calls.rfind('w'), 3)) << "forced to storage";
     std::set<std::string> mended = {saved};
-    for (int number = 1;; ++number) {
-        // By turns: the same calls come round with every item.
-        const sFault& fault = FAULTS[number % 2 == 0 ? 1 : 3];
+    bool kill = false;
+    // The calls come round with every item: steps of 4 meet them all, with each fault.
+    for (int number = 1;; number += 4, kill = !kill) {
+        const sFault& fault = FAULTS[kill ? 3 : 1];
         SCOPED_TRACE(testing::Message() << path << ' ' << fault.name << ' ' << number);
         support::writeFile(path, before);
-        run(fault, number, prepare, save);
+        setFault(fault, number);
+        runInChild(prepare, save);
         if (!gpRun->struck) break;
         EXPECT_EQ(fault.kill, !gpRun->returned);
         const std::string left = support::readFile(path);
@@ -295,7 +306,8 @@ void expectMendedByTheNextSave(const std::string& path, const std::string& befor
             EXPECT_NE(0U, left.find(MARKED)) << left;
         }
         if (!mended.insert(left).second) continue;
-        run(NONE, 0, prepare, save);
+        setFault(NONE, 0);
+        runInChild(prepare, save);
         EXPECT_TRUE(gpRun->result);
         EXPECT_EQ(keyLines(saved), keyLines(support::readFile(path))) << left;
     }
