@@ -48,31 +48,6 @@ int drain(CWorkQueue& queue) {
     return items;
 }
 
-TEST(EventManager, FansOutToTwoHandlersEachOnTheThreadOfItsOwnQueue) {
-    const auto defaultQueue = std::make_shared<CWorkQueue>("default");
-    const auto ownQueue = std::make_shared<CWorkQueue>("own");
-    CEvtMgr manager(defaultQueue);
-    const auto first = std::make_shared<CTestHandler>();
-    const auto second = std::make_shared<CTestHandler>(ownQueue);
-    ASSERT_TRUE(manager.subscribe(EVENT, first));
-    ASSERT_TRUE(manager.subscribe(EVENT, second));
-    core_utils::CWorker firstWorker(defaultQueue, 1);
-    core_utils::CWorker secondWorker(ownQueue, 1);
-    ASSERT_TRUE(firstWorker.start());
-    ASSERT_TRUE(secondWorker.start());
-
-    std::vector<int> numbers(200);
-    std::iota(numbers.begin(), numbers.end(), 0);
-    for (const int number : numbers)
-        EXPECT_TRUE(manager.publish(std::make_shared<CTestEvent>(number)));
-    ASSERT_TRUE(waitUntil([&] { return first->miHandled == 200; }));
-    ASSERT_TRUE(waitUntil([&] { return second->miHandled == 200; }));
-    EXPECT_EQ(numbers, first->mNumbers);
-    EXPECT_EQ(numbers, second->mNumbers);
-    EXPECT_NE(first->mThread, second->mThread);
-    EXPECT_NE(std::this_thread::get_id(), first->mThread);
-}
-
 TEST(EventManager, KeepsATableAndDeletesWhatAQueueRefuses) {
     const auto queue = std::make_shared<CWorkQueue>("default");
     const auto fullQueue = std::make_shared<CWorkQueue>("full");
@@ -102,22 +77,35 @@ TEST(EventManager, KeepsATableAndDeletesWhatAQueueRefuses) {
     EXPECT_FALSE(manager.unsubscribeAll(one));
 }
 
-TEST(Application, DeliversBetweenStartAndStopOnly) {
-    const auto handler = std::make_shared<CTestHandler>();
+TEST(Application, DeliversBetweenStartAndStopOnlyToEachHandlerOnTheThreadOfItsQueue) {
+    const auto ownQueue = std::make_shared<CWorkQueue>("own");
+    const auto first = std::make_shared<CTestHandler>();
+    const auto second = std::make_shared<CTestHandler>(ownQueue);
     const auto event = std::make_shared<CTestEvent>();
     CApplication application("Test");
-    EXPECT_FALSE(application.subscribe(EVENT, handler));
+    EXPECT_FALSE(application.subscribe(EVENT, first));
     EXPECT_FALSE(application.publish(event));
-    EXPECT_FALSE(application.unsubscribe(EVENT, handler));
-    EXPECT_FALSE(application.forwardToEvtMgr(handler));
+    EXPECT_FALSE(application.unsubscribe(EVENT, first));
+    EXPECT_FALSE(application.forwardToEvtMgr(first));
     EXPECT_EQ(" !!!!!!!!!!!!!!!!! WORKQUE NOT READY !!!!!!!!!!!!!!!!! \n",
               printedOnStderrBy([&] { EXPECT_EQ(nullptr, application.getWorkQueue()); }));
     EXPECT_EQ("CApplication: start Test\n",
               printedOnStderrBy([&] { EXPECT_TRUE(application.start()); }));
-    EXPECT_TRUE(application.subscribe(EVENT, handler));
-    EXPECT_TRUE(application.publish(event));
-    ASSERT_TRUE(waitUntil([&] { return handler->miHandled == 1; }));
-    EXPECT_TRUE(application.forwardToEvtMgr(handler));
+    EXPECT_TRUE(application.subscribe(EVENT, first));
+    EXPECT_TRUE(application.subscribe(EVENT, second));
+    core_utils::CWorker ownWorker(ownQueue, 1);
+    ASSERT_TRUE(ownWorker.start());
+    std::vector<int> numbers(200);
+    std::iota(numbers.begin(), numbers.end(), 0);
+    for (const int number : numbers)
+        EXPECT_TRUE(application.publish(std::make_shared<CTestEvent>(number)));
+    for (const auto& handler : {first, second}) {
+        ASSERT_TRUE(waitUntil([&] { return handler->miHandled == 200; }));
+        EXPECT_EQ(numbers, handler->mNumbers);
+        EXPECT_NE(std::this_thread::get_id(), handler->mThread);
+        EXPECT_TRUE(application.forwardToEvtMgr(handler));
+    }
+    EXPECT_NE(first->mThread, second->mThread);
     EXPECT_FALSE(application.publish(event));
     EXPECT_EQ("CApplication end: Test\n",
               printedOnStderrBy([&] { EXPECT_FALSE(application.stop()); }));

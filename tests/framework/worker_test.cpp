@@ -76,57 +76,39 @@ TEST(WorkQueue, LimitLeavesTheItemWithTheCallerAndLoosensByEmptyPollsWithoutAWra
         testing::internal::GetCapturedStderr());
 }
 
-struct CThread : core_utils::CAbsWorkerThread {
-    void run() override {
-        ++miBodies;
-        support::waitUntil([this] { return mbStopRequested.exchange(false); });
-        mbEnded = true;
-    }
-    void requestStop() override { mbStopRequested = true; }
-
-    std::atomic<int> miBodies{0};
-    std::atomic<bool> mbStopRequested{false}, mbEnded{false};
-};
-
-TEST(WorkerThread, RunsOneBodyBesideItsCallerUntilStopHasJoinedIt) {
-    CThread thread;
-    EXPECT_TRUE(thread.isStopped());
-    thread.stop();
-    EXPECT_FALSE(thread.mbStopRequested) << "nothing to stop before the first start";
-    for (int starts = 1; starts < 3; ++starts) {
-        EXPECT_NE(0, thread.start());
-        EXPECT_EQ(0, thread.start()) << "there is a thread already";
-        EXPECT_FALSE(thread.isStopped());
-        ASSERT_TRUE(support::waitUntil([&] { return thread.miBodies == starts; }));
-        thread.stop();
-        EXPECT_TRUE(thread.mbEnded) << "stop() returns after the body";
-        EXPECT_TRUE(thread.isStopped());
-        EXPECT_EQ(starts, thread.miBodies);
-    }
-}
-
 TEST(Worker, ExecutesOneItemAPeriodAndCanBeStartedAgain) {
     constexpr std::chrono::microseconds PERIOD(20000);
     const auto queue = std::make_shared<CTestQueue>("test");
-    queue->pushWork(new CItem(0));
-    queue->pushWork(new CItem(1));
     core_utils::CWorker worker(queue, PERIOD.count());
+    const auto expectExecution = [&queue](int items) {
+        const int end = deleted + items;
+        while (items-- > 0)
+            queue->pushWork(new CItem(0));
+        EXPECT_TRUE(support::waitUntil([end] { return deleted == end; }));
+    };
+    core_utils::CAbsWorkerThread& thread = worker;
+    EXPECT_TRUE(thread.isStopped());
+    thread.stop();
+    EXPECT_NE(0, thread.start());
+    EXPECT_EQ(0, thread.start()) << "there is a thread already";
+    EXPECT_FALSE(thread.isStopped());
+    expectExecution(1);
+    thread.stop();
+    EXPECT_TRUE(thread.isStopped());
+
     const auto begin = Clock::now();
-    ASSERT_TRUE(worker.start());
+    EXPECT_TRUE(worker.start()) << "a stop request of the past does not count";
     EXPECT_EQ("thread alread started \n",
               support::printedBy([&] { EXPECT_FALSE(worker.start()); }));
-    ASSERT_TRUE(support::waitUntil([] { return deleted == 2; }));
+    expectExecution(2);
     EXPECT_FALSE(worker.stop());
     EXPECT_GE(Clock::now() - begin, 2 * PERIOD) << "the second item, and the pause after it";
 
-    EXPECT_TRUE(worker.start()) << "a stop request of the past does not count";
-    queue->pushWork(new CItem(2));
-    ASSERT_TRUE(support::waitUntil([] { return deleted == 3; }));
+    EXPECT_TRUE(worker.start());
     worker.requestStop();
     support::printedBy(
         [&] { EXPECT_TRUE(support::waitUntil([&] { return worker.start(); })) << "nor this one"; });
-    queue->pushWork(new CItem(3));
-    EXPECT_TRUE(support::waitUntil([] { return deleted == 4; }));
+    expectExecution(1);
 }
 
 }  // namespace

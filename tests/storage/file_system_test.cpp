@@ -5,8 +5,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
-
 #include "storage/file_find.h"
 #include "support/files.h"
 
@@ -33,29 +31,24 @@ TEST(FileSystem, CopyRefusesCleanlyAndLeavesTheDestinationAlone) {
     }
     const std::string bytes("a\0\n\xFF", 4);
     writeFile("new", bytes);
-    writeFile("empty", "");
     EXPECT_FALSE(CFileSystem::copyFile("new", "old", true));
     EXPECT_EQ("old", readFile("old"));
     EXPECT_FALSE(CFileSystem::copyFile("new", "/dev/full", false));
     EXPECT_TRUE(CFileSystem::copyFile("new", "new", false));
     EXPECT_TRUE(CFileSystem::copyFile("new", "created", true));
     EXPECT_EQ(bytes, readFile("created"));
-    EXPECT_TRUE(CFileSystem::copyFile("empty", "old", false));
-    EXPECT_EQ("", readFile("old"));
 }
 
 TEST(FileSystem, MakesEveryDirectoryOfAPath) {
     ASSERT_EQ(0, chdir(ROOT.c_str()));
     const std::string longest = ROOT + std::string(246, 'd');
-    EXPECT_FALSE(CFileSystem::makeDirectoryPath("") ||
-                 CFileSystem::makeDirectoryPath(longest + "e"));
+    EXPECT_FALSE(CFileSystem::makeDirectoryPath(""));
+    EXPECT_FALSE(CFileSystem::makeDirectoryPath(longest + "e"));
     EXPECT_TRUE(CFileSystem::makeDirectoryPath("/dev/full/below")) << "as far as it gets";
-    for (std::string path : {"a\\b/c"s, ROOT + "x//y/", "\\relative"s, longest}) {
+    for (const std::string& path : {"a\\b/c"s, ROOT + "x//y/", "\\relative"s, longest})
         EXPECT_TRUE(CFileSystem::makeDirectoryPath(path)) << path;
-        std::replace(path.begin(), path.end(), '\\', '/');
-        if (path == "/relative") path.erase(0, 1);
+    for (const std::string& path : {"a/b/c"s, ROOT + "x/y", "relative"s, longest})
         EXPECT_TRUE(CFileSystem::removeDirectory(path)) << path;
-    }
 }
 
 TEST(FileSystem, FinderDescribesEachMatchAndPrintsWhyThereIsNone) {
