@@ -302,7 +302,7 @@ void expectMendedByTheNextSave(const std::string& path, const std::string& befor
             // A mark that cannot be set is no failure: the next start seeds once more.
             const bool unmarked = left.find(UNMARKED) == 0;
             EXPECT_EQ(saved, unmarked ? MARKED + left.substr(UNMARKED.size()) : left);
-        } else if (!fault.kill) {
+        } else if (!fault.kill && before == UNMARKED) {
             EXPECT_NE(0U, left.find(MARKED)) << left;
         }
         if (!mended.insert(left).second) continue;
@@ -322,6 +322,13 @@ TEST(FileFaults, APresetSaveIsMendedByTheNext) {
         support::configPath("conf_preset.cfg"),
         "[INSTRUMENT_SETTING_1_100_VOLTS_DEV]\nVoltageSet=1.000000,1.000000\nFuseState=0,1\n",
         [&] { facade.loadPresetConfig(); }, [&] { return facade.savePresetBlock(1, block, true); });
+}
+
+TEST(FileFaults, AnItemsSaveIsMendedByTheNext) {
+    auto& facade = *hxl_config_handler::CSingletonHxlConfigHandler::getInstance();
+    expectMendedByTheNextSave(
+        support::configPath("conf_auto_save.cfg"), MARKED + "\n[CONF_ITEM_DBL]\nVOL_LVL=1.0\n",
+        [] {}, [&] { return facade.saveDblValues(0, {20.5}); });
 }
 
 TEST(FileFaults, AFirstSeedingIsMendedByTheNextStart) {
