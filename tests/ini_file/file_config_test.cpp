@@ -25,27 +25,16 @@ TEST(FileConfig, ReadsTheFirstTokenOfTheFirstMatchingKey) {
         std::string bytes;
         int size;  // of the value, or -1
         std::string section = "Sec";
-        std::string key = "Key";
     } rows[] = {
-        {"[Sec] junk\nKey=\t 77  junk\n", 2},
-        {"[Sec]\nKey=\r\n \xA0\n", ALONE},
+        {"[Sec] junk\nKey=\t 7\xA0  junk\n", 2},
         {std::string("[Sec]\nKey=\0 4\0 5\n", 17), 1},
         {"[Sec]\n#Key=1\nkey=1\n[B]\nKey=1\n[Sec]\nKey=333\nKey=1\n", 3},
-        {"[Sec]\nKey = 1\n", -1},
-        {" [Sec]\nKey=1\n", -1},
-        {"[Sec\nKey=1\n[Se]\nKey=1\n[Sec2]\nKey=1\n", -1},
+        {" [Sec]\nKey=1\n[Sec\nKey=1\n[Se]\nKey=1\n[Sec2]\nKey=1\n[Sec]\nKey = 1\n", -1},
         {"[Sec]\nKey=a=b\n", -1},
-        {"[Sec]\nKey=  \nKey=1\n", ALONE},
+        {"[Sec]\nKey= \r\nKey=1\n", ALONE},
         {"[Sec]\nKey=" + filled(49), 49},
         {"[Sec]\nKey=" + filled(50), 50},
-        {"[Sec]\n" + filled(77) + "Key=1\n", -1},
-        {"[Sec]\n" + filled(80) + "Key=1\n", 1},
-        {"[Sec]\n#" + filled(5000) + "\nKey=22\n", 2},
-        {"[Sec]\n" + filled(79) + "=1\n", ALONE, "Sec", filled(79)},
-        {"[Sec]\n=1\n", -1, "Sec", ""},
-        {"[Sec]\n#K=1\n", -1, "Sec", "#K"},
-        {"[" + filled(77) + "]\nKey=1\n", 1, filled(77)},
-        {"[" + filled(78) + "]\nKey=1\n", -1, filled(78)},
+        {"[Sec]\n" + filled(77) + "Key=22\n" + filled(80) + "Key=1\n", 1},
         {"[a=b]\nKey=1\n", 1, "a=b"},
     };
     for (const auto& row : rows) {
@@ -55,7 +44,7 @@ TEST(FileConfig, ReadsTheFirstTokenOfTheFirstMatchingKey) {
         ASSERT_TRUE(file.open(PATH, "rb"));
         char value[ALONE] = {};
         int size = ALONE;
-        const bool found = file.readValue(row.section.c_str(), row.key.c_str(), value, &size);
+        const bool found = file.readValue(row.section.c_str(), "Key", value, &size);
         EXPECT_EQ(row.size > 0 && row.size < ALONE, found);
         EXPECT_EQ(row.size, size);
     }
@@ -113,7 +102,6 @@ TEST(FileConfig, RewritesOnlyWhatAWriteMustChange) {
     } rows[] = {
         {head + "Key=22\n" + untidy, "33", true, head + "Key=33\n" + untidy},
         {head + "Key=22\n" + untidy, "4", true, head + "Key=4\n" + tidied},
-        {head + "Key=22\n" + untidy, "555", true, head + "Key=555\n" + tidied},
         {head + "Key=22\n" + untidy, "", true, head + tidied},
         {head + untidy, "1", true, "\ntext\n[Sec]\nKey=1\nA=1\n" + tidied},
         {"", "val", true, "\n[Sec]\nKey=val\n"},
@@ -126,7 +114,6 @@ TEST(FileConfig, RewritesOnlyWhatAWriteMustChange) {
         {longLine, "", true, "[Sec]\nA=1\n"},
         {key + longComment + "text\n[B]\n", "22", true,
          "[Sec]\nKey=22\n" + longComment + "\n[B]\n"},
-        {key + "#" + filled(79) + "text\n", "22", true, "[Sec]\nKey=22\n#" + filled(79) + "text\n"},
         {key + "#" + whole.substr(1) + "text\nmore\n", "22", true,
          "[Sec]\nKey=22\n#" + whole.substr(1) + "text\n"},
         {key + whole + "[B]\n", "22", true, "[Sec]\nKey=22\n[B]\n"},

@@ -72,14 +72,17 @@ bool strikes(char call) {
     return true;
 }
 
-// Has `call` fail as the C library lets it fail: on a descriptor that refuses it.
+// Moves a block by `call`. A fault has it fail as the C library lets it fail, after `part` where
+// that is asked for: on a descriptor that refuses it.
 template <typename Call>
-std::size_t failOn(std::FILE* stream, const char* path, Call call) {
+std::size_t transfer(char name, std::FILE* stream, std::size_t count, std::size_t part, Call call) {
+    if (!strikes(name)) return call(count);
+    const std::size_t done = gpRun->fault.partly ? call(part) : 0;
     if (gpRun->fault.kill) raise(SIGKILL);
     const int saved = dup(fileno(stream));
-    const int refusing = open(path, O_RDONLY);
+    const int refusing = open("/", O_RDONLY);
     dup2(refusing, fileno(stream));
-    const std::size_t done = call();
+    call(1);
     dup2(saved, fileno(stream));
     close(saved);
     close(refusing);
@@ -96,17 +99,14 @@ int WIDE(__real_ftruncate)(int, off_t);
 int __real_fsync(int);
 int __real_fclose(std::FILE*);
 
-std::size_t __wrap_fread(void* buffer, std::size_t size, std::size_t count, std::FILE* stream) {
-    if (!strikes('r')) return __real_fread(buffer, size, count, stream);
-    const std::size_t part =
-        gpRun->fault.partly ? __real_fread(buffer, size, READ_PART, stream) : 0;
-    return part + failOn(stream, "/", [&] { return __real_fread(buffer, size, 1, stream); });
+std::size_t __wrap_fread(void* to, std::size_t size, std::size_t count, std::FILE* stream) {
+    return transfer('r', stream, count, READ_PART,
+                    [&](std::size_t part) { return __real_fread(to, size, part, stream); });
 }
-std::size_t __wrap_fwrite(const void* data, std::size_t size, std::size_t count,
+std::size_t __wrap_fwrite(const void* from, std::size_t size, std::size_t count,
                           std::FILE* stream) {
-    if (!strikes('w')) return __real_fwrite(data, size, count, stream);
-    const std::size_t part = gpRun->fault.partly ? __real_fwrite(data, size, count / 2, stream) : 0;
-    return part + failOn(stream, "/", [&] { return __real_fwrite(data, size, 1, stream); });
+    return transfer('w', stream, count, count / 2,
+                    [&](std::size_t part) { return __real_fwrite(from, size, part, stream); });
 }
 int WIDE(__wrap_fseeko)(std::FILE* stream, off_t offset, int whence) {
     return strikes('p') ? -1 : WIDE(__real_fseeko)(stream, offset, whence);
@@ -187,25 +187,23 @@ TEST(FileFaults, AChangeLeavesTheOldFileTheNewOneOrOneThatEndsInTheChange) {
     const std::string before = head + key + tail;
     const std::string longer = "333333333333";
     const struct {
-        const char* calls;  // without a fault
+        const char* calls;  // without a fault; a capital reads what a rewrite keeps
         std::function<bool(CFileConfig&)> change;
         std::string after;
         std::size_t begin;
-        int restFrom = 0;  // the first and the last call that read what a rewrite keeps
-        int restTo = -1;
     } rows[] = {
         {"prpwsc", [](CFileConfig& file) { return file.write("Sec", "Key", 22222222); },
          head + "Key=22222222\n" + tail, head.size()},
-        {"prrtpwsc", [&](CFileConfig& file) { return file.write("Sec", "Key", longer); },
-         head + "Key=" + longer + "\n" + tail, head.size(), 3, 3},
-        {"prrtpwsc", [](CFileConfig& file) { return file.write("Sec", "Key", 4); },
-         head + "Key=4\n" + tail, head.size(), 3, 3},
-        {"prrprrtpwsc", [](CFileConfig& file) { return file.write("Sec", "New", 5); },
-         "# head\n[Sec]\nNew=5\nA=1\n" + key + tail, std::strlen("# head\n"), 4, 6},
+        {"prRtpwsc", [&](CFileConfig& file) { return file.write("Sec", "Key", longer); },
+         head + "Key=" + longer + "\n" + tail, head.size()},
+        {"prRtpwsc", [](CFileConfig& file) { return file.write("Sec", "Key", 4); },
+         head + "Key=4\n" + tail, head.size()},
+        {"prrPRRtpwsc", [](CFileConfig& file) { return file.write("Sec", "New", 5); },
+         "# head\n[Sec]\nNew=5\nA=1\n" + key + tail, std::strlen("# head\n")},
         {"prrprpwsc", [](CFileConfig& file) { return file.write("Other", "Key", 1); },
          before + "\n[Other]\nKey=1\n", before.size()},
-        {"prrtpwsc", [](CFileConfig& file) { return file.removeKey("Sec", "Key"); }, head + tail,
-         head.size(), 3, 3},
+        {"prRtpwsc", [](CFileConfig& file) { return file.removeKey("Sec", "Key"); }, head + tail,
+         head.size()},
     };
     for (const auto& row : rows) {
         for (const sFault& fault : FAULTS) {
@@ -238,8 +236,9 @@ TEST(FileFaults, AChangeLeavesTheOldFileTheNewOneOrOneThatEndsInTheChange) {
                 }
                 std::string expected;
                 if (gpRun->struck == 'm') expected = "riSize = -1 \n";
-                const bool inRest = number >= row.restFrom && number <= row.restTo;
-                if (inRest && !fault.memory) expected = "riSize = -1,2 \n";
+                if (!fault.memory && std::isupper(row.calls[number - 1])) {
+                    expected = "riSize = -1,2 \n";
+                }
                 if (gpRun->struck == 't')
                     expected = "truncate fail : " + std::to_string(fault.error) + " \n";
                 // A part of the first read may hold the key, which moves the failure to the rest.
@@ -248,7 +247,9 @@ TEST(FileFaults, AChangeLeavesTheOldFileTheNewOneOrOneThatEndsInTheChange) {
                 }
             } while (gpRun->struck);
             EXPECT_TRUE(gpRun->result);
-            EXPECT_EQ(row.calls, fault.memory ? row.calls : std::string(gpRun->calls));
+            if (!fault.memory) {
+                EXPECT_STRCASEEQ(row.calls, gpRun->calls);
+            }
         }
     }
 }

@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <signal.h>
-#include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -37,18 +36,18 @@ CChildProcess::CChildProcess(const std::vector<std::string>& command,
     int ends[2];
     if (pipe2(ends, O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
     std::vector<std::string> words = targetCommand(command);
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
-    for (const int descriptor : closed)
-        posix_spawn_file_actions_addclose(&actions, descriptor);
-    const int error = posix_spawnp(&mPid, words[0].c_str(), &actions, nullptr,
-                                   argumentVector(words).data(), environ);
-    posix_spawn_file_actions_destroy(&actions);
+    const std::vector<char*> arguments = argumentVector(words);
+    mPid = fork();
+    if (mPid == 0) {
+        dup2(ends[1], STDOUT_FILENO);
+        for (const int descriptor : closed)
+            ::close(descriptor);
+        execvp(arguments[0], arguments.data());
+        _exit(127);
+    }
     ::close(ends[1]);
     mOutput = ends[0];
     fcntl(mOutput, F_SETFL, O_NONBLOCK);
-    if (error != 0) mStatus = 127;
 }
 
 CChildProcess::~CChildProcess() {
