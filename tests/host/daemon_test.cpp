@@ -67,6 +67,15 @@ void expectQuietLife(CChildProcess& daemon, milliseconds period) {
     EXPECT_LE(sleeps, (steady_clock::now() - begin) / period + 2);
 }
 
+// Until the daemon has published what its file says, which would cover a peer's identity, and has
+// looked for another one: only what comes after that look is recorded.
+void awaitPolling(const CChildProcess& daemon) {
+    CPeerMemory memory;
+    EXPECT_TRUE(waitUntil([&] { return memory.getStringVector(48) == Texts{"UNKNOWN"}; }));
+    const long before = sleepsOf(daemon.pid());
+    EXPECT_TRUE(waitUntil([&] { return sleepsOf(daemon.pid()) > before + 10; }));
+}
+
 TEST(Daemon, RecordsAnIdentityThatComesLaterForTheNextStartWhichWritesNothing) {
     const struct {
         bool onDisk;  // there is a file, and no segment at the next start
@@ -114,9 +123,8 @@ TEST(Daemon, FirstStartTakesTheIdentityThatAPeerPublishedBeforeIt) {
 
 TEST(Daemon, DescriptorsThatAreClosedAtItsStartAreTheNullDevice) {
     writeFile(PATH, FILE_HEAD + "UNKNOWN\n");
-    CPeerMemory memory;
     CChildProcess daemon({APP_CONFIG_MANAGER}, {0, 1, 2});
-    EXPECT_TRUE(waitUntil([&] { return memory.getStringVector(48) == Texts{"UNKNOWN"}; }));
+    awaitPolling(daemon);
     publishIdentity();
     EXPECT_TRUE(waitUntil(isIdentityRecorded)) << readFile(PATH);
     const std::string descriptors = "/proc/" + std::to_string(daemon.pid()) + "/fd/";
@@ -128,6 +136,7 @@ TEST(Daemon, OutlivesItsTerminalAndTheReaderOfItsLinesButNotARequestToEnd) {
     writeFile(PATH, FILE_HEAD + "UNKNOWN\n");
     CChildProcess daemon({APP_CONFIG_MANAGER});
     expectLines(daemon, BANNER);
+    awaitPolling(daemon);
     daemon.kill(SIGHUP);
     daemon.closeOutput();
     publishIdentity();
