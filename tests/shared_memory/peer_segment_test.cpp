@@ -6,8 +6,8 @@
 #include <cmath>
 #include <filesystem>
 #include <future>
+#include <iterator>
 #include <regex>
-#include <sstream>
 
 #include "support/files.h"
 #include "support/peer.h"
@@ -44,8 +44,7 @@ TEST(PeerSegment, OnlyOpeningAndWritingCreateAndEveryRefusalSaysWhy) {
     EXPECT_EQ(eOutcome::NO_VECTOR, segment.write(24, texts).outcome);
     EXPECT_TRUE(segment.remove(24) && segment.write(24, Texts{"b"})) << "removed as it is";
 
-    const Doubles tooMany(300000);
-    EXPECT_EQ(eOutcome::FULL, segment.write(0, tooMany).outcome);
+    EXPECT_EQ(eOutcome::FULL, segment.write(0, Doubles(300000)).outcome);
     EXPECT_EQ(eOutcome::FULL, segment.write(25, Texts(100, std::string(20000, 'x'))).outcome);
     std::filesystem::remove(SEGMENT_FILE);
     EXPECT_EQ(eOutcome::REPLACED, segment.check().outcome);
@@ -98,25 +97,21 @@ TEST(PeerSegment, WaitsForAnotherProcessAndNoLongerThanToldTo) {
         << "not a number is no change against itself";
     EXPECT_EQ(-SIGKILL, holder.run());
     EXPECT_EQ(eOutcome::LOCKED, segment.waitForChange(0, values, 1ms, 20s).outcome);
-    EXPECT_EQ(eOutcome::LOCKED, segment.write(0, values).outcome);
 }
 
 // Whoever shares the segment without our header reads the page.
 TEST(SharedMemoryPage, ListsEveryObjectOfTheDirectoryWithItsElements) {
     const char* const elements[] = {"double", "byte", "text"};
-    std::string expected;
+    const std::string page = readFile(TEST_SHARED_MEMORY_PAGE);
     for (const auto& object : core_utils::OBJECT_DIRECTORY) {
-        expected += "| " + std::to_string(object.id) + " | " + object.name + " | " +
-                    elements[static_cast<int>(object.element)] + '\n';
+        const std::string row = "\n| " + std::to_string(object.id) + " | " + object.name + " | " +
+                                elements[static_cast<int>(object.element)] + " | ";
+        EXPECT_NE(std::string::npos, page.find(row)) << row;
     }
-    std::string listed;
-    std::istringstream page(readFile(TEST_SHARED_MEMORY_PAGE));
-    const std::regex row(R"((\| \d+ \| \w+ \| \w+) \|.*)");
-    std::smatch cells;
-    for (std::string line; std::getline(page, line);) {
-        if (std::regex_match(line, cells, row)) listed += cells[1].str() + '\n';
-    }
-    EXPECT_EQ(expected, listed);
+    const std::regex row(R"(\n\| \d+ \| )");
+    EXPECT_EQ(std::distance(std::sregex_iterator(page.begin(), page.end(), row), {}),
+              std::distance(std::begin(core_utils::OBJECT_DIRECTORY),
+                            std::end(core_utils::OBJECT_DIRECTORY)));
 }
 
 }  // namespace
