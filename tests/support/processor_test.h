@@ -4,6 +4,8 @@
 
 #include <sys/mount.h>
 
+#include <stdexcept>
+
 #include "config/processors/config_processor.h"
 #include "config/processors/value_list.h"
 #include "support/files.h"
@@ -11,21 +13,29 @@
 
 namespace support {
 
-using hxl_config_handler::CConfData;
-using hxl_config_handler::joinList;
+using namespace hxl_config_handler;
 
-// What `operation` prints, then 1 for its success or 0.
+// What `operation` prints, then 1 for its success, 0, or that it threw.
 template <typename Operation>
 std::string outcomeOf(Operation operation) {
-    bool success = false;
-    const std::string printed = printedBy([&] { success = operation() ? true : false; });
-    return printed + (success ? '1' : '0');
+    std::string outcome = "thrown";
+    const std::string printed = printedBy([&] {
+        try {
+            outcome = operation() ? "1" : "0";
+        } catch (const std::invalid_argument&) {
+        }
+    });
+    return printed + outcome;
 }
 inline std::string load(CAbsConfigProcesor& processor) {
     return outcomeOf([&] { return processor.LoadConfigFile(); });
 }
 inline std::string save(CAbsConfigProcesor& processor, int id, CConfData* record) {
     return outcomeOf([&] { return processor.SaveConfData(id, record); });
+}
+// What a read prints that does not find "[section]:[key]".
+inline std::string missed(const std::string& type, const std::string& place) {
+    return "[CFileConfig::read " + type + "] FAILED to read " + place + '\n';
 }
 
 inline core_utils::CSharedMemory& shared() {
@@ -39,6 +49,9 @@ inline std::string bytesIn(int id) {
 }
 inline std::string textsIn(int id) {
     return joinList(shared().getStringVector(id));
+}
+inline std::string presetIn(int number) {
+    return numbersIn(30 + 2 * number) + ' ' + bytesIn(31 + 2 * number);
 }
 
 // A processor as the manager sets it up, on a unit of that device type.

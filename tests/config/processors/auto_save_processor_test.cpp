@@ -1,20 +1,17 @@
 #include "config/processors/auto_save_processor.h"
 
 #include <algorithm>
-#include <stdexcept>
 
 #include "config/records/auto_save_data.h"
 #include "support/processor_test.h"
 
 namespace {
 
-using namespace hxl_config_handler;
 using namespace support;
 using CProcessor = CProcessorOn<CConfigAutoSaveProcessor>;
 
 const std::string PATH = configPath("conf_auto_save.cfg");
 const std::string FRESH = "[CONF_STATUS]\nSTATE=0\n";
-const std::string NOT_OPENED = "failed to open dev type file config \n0";
 
 std::string recordOf(CProcessor& processor, int id) {
     return printedBy([&] { processor.GetConfData(id)->PrintConfData(); });
@@ -57,23 +54,20 @@ TEST(AutoSaveProcessor, FileThatCannotHoldTheDefaultsStaysFresh) {
 }
 
 TEST(AutoSaveProcessor, SavedValuesGoToSharedMemoryAndNotIntoTheRecords) {
-    const std::string miss = "[CFileConfig::read str] FAILED to read [CONF_";
-    const std::string noVoltage = miss +
-                                  "ITEM_DBL]:[VOL_LVL]\n failed to read section : "
-                                  "CONF_ITEM_DBL with key : VOL_LVL\n1";
-    const std::string noState = miss +
-                                "STATUS]:[STATE]\n failed to read conf status : "
-                                "CONF_STATUS , STATE \n0";
-    const std::string parser = "CConfigAutoSaveMngr::parseConfigAutoSaveFile";
-    const std::string badState =
-        "!!!!!!!!!!!!!! " + parser + " expception catch !!!!!!!!!!!!!!!!!!\n1";
-    const std::string badPiece = "!!!!!!!!!!! " + parser + "NewVal exception catch ";
+    const std::string noVoltage = missed("str", "[CONF_ITEM_DBL]:[VOL_LVL]") +
+                                  " failed to read section : CONF_ITEM_DBL with key : VOL_LVL\n1";
+    const std::string noState = missed("str", "[CONF_STATUS]:[STATE]") +
+                                " failed to read conf status : CONF_STATUS , STATE \n0";
+    const std::string parser = "!!!!!!!!!!! CConfigAutoSaveMngr::parseConfigAutoSaveFile";
+    const std::string badState = "!!!" + parser + " expception catch !!!!!!!!!!!!!!!!!!\n1";
+    const std::string badPiece = parser + "NewVal exception catch ";
     const struct {
         std::string part, replacement, outcome;
         std::string voltage = "6.000000", mode = "0", ssid = "SSID";
     } rows[] = {
         {"L_LVL=6.000000", "L_LVL=1.5,2.5", "1", "1.500000,2.500000"},
         {"VOL_LVL=6.000000\n", "", noVoltage, ""},
+        {"CUR_LVL=6.100000", "CUR_LVL=1,", "thrown", "6.000000", "", ""},
         {"OUT_MOD=0", "OUT_MOD=257", "1", "6.000000", "1"},
         {"OUT_MOD=0", "OUT_MOD=x,1", badPiece + "1 !!!!!!!!!!!!\n1", "6.000000", "1"},
         {"OUT_MOD=0", "OUT_MOD=2,", badPiece + "2 !!!!!!!!!!!!\n1", "6.000000", "2"},
@@ -94,20 +88,14 @@ TEST(AutoSaveProcessor, SavedValuesGoToSharedMemoryAndNotIntoTheRecords) {
         EXPECT_EQ(row.ssid, textsIn(24));
         EXPECT_EQ(row.outcome == badState ? seeded : file, readFile(PATH));
         EXPECT_EQ("CNFKEY:VOL_LVL CONF INDEX 0 \n\n\n\n ", recordOf(processor, 0));
+        EXPECT_EQ("CNFKEY:OUT_MOD CONF INDEX 16 \n\n ", recordOf(processor, 16));
     }
-
-    writeFile(PATH, replaced(seeded, "CUR_LVL=6.100000", "CUR_LVL=1,"));
-    core_utils::CSharedMemory(true);
-    CProcessor processor(1);
-    EXPECT_THROW(processor.LoadConfigFile(), std::invalid_argument);
-    EXPECT_EQ("6.000000", numbersIn(0));
-    EXPECT_EQ("", numbersIn(1) + bytesIn(16)) << "unloaded from there on";
 }
 
 TEST(AutoSaveProcessor, SavingWritesOneLineAndTheRecordOrNeither) {
     writeFullFolder(PATH, seededFile());
     const std::string full = readFile(PATH);
-    CProcessor processor(1);
+    CProcessor processor(1), other(1);
     CConfAutoSaveDataDbl shorter(0, Doubles{1.25}), longer(0, Doubles{1.25, 2});
     EXPECT_EQ("1", save(processor, 0, &shorter));
     for (const int id : {6, 7, 23, 26})
@@ -118,10 +106,8 @@ TEST(AutoSaveProcessor, SavingWritesOneLineAndTheRecordOrNeither) {
     EXPECT_EQ("CNFKEY:VOL_LVL CONF INDEX 0 \n\n1.250000 \n\n ", recordOf(processor, 0));
 
     remove(PATH.c_str());
-    CProcessor other(1);
-    EXPECT_EQ(NOT_OPENED, save(other, 0, &shorter));
-    EXPECT_EQ(NOT_OPENED, load(other));
-
+    EXPECT_EQ("failed to open dev type file config \n0", save(other, 0, &shorter));
+    EXPECT_EQ("failed to open dev type file config \n0", load(other));
     CAbsConfigProcesor::mpSharedMemoryMngr = nullptr;
     EXPECT_EQ("mpSharedMemoryMngr No Valid Pointer \n0",
               outcomeOf([&] { return other.SetSharedMemData(0, &shorter); }));

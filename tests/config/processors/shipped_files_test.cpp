@@ -9,61 +9,46 @@
 
 namespace {
 
-using namespace hxl_config_handler;
 using namespace support;
 namespace fs = std::filesystem;
 
-struct sBoard {
-    const char* family;
-    int devType;
-    std::string model;  // as the auto-save load names it
-};
-const sBoard BOARDS[] = {{"ZEV", 1, "ZEV 35V"}, {"ZEV", 2, "ZEV 100V"}, {"KOL", 3, "KOL 35V"}};
-
-void deliver(const std::string& family) {
-    const auto options = fs::copy_options::recursive | fs::copy_options::overwrite_existing;
-    fs::copy(TEST_DEPLOY_DIR "/etc/quenvel/config/system", configPath(""), options);
-    const fs::path own = TEST_DEPLOY_DIR "/families/" + family;
-    if (fs::exists(own)) fs::copy(own, configPath(""), options);
-}
-
 TEST(ShippedFiles, LoadWithoutAFailureLineAndHoldTheDefaults) {
-    for (const sBoard& board : BOARDS) {
-        SCOPED_TRACE(board.model);
-        deliver(board.family);
+    const auto options = fs::copy_options::recursive | fs::copy_options::overwrite_existing;
+    const std::string deploy = TEST_DEPLOY_DIR, zev = "/etc/quenvel/config/system";
+    const struct {
+        int devType;
+        std::string family, seeding;
+    } boards[] = {{0, zev, "0"},
+                  {1, zev, "running ZEV 35V parse \n1"},
+                  {2, zev, "running ZEV 100V parse \n1"},
+                  {3, "/families/KOL", "running KOL 35V parse \n1"}};
+    for (const auto& board : boards) {
+        SCOPED_TRACE(board.devType);
+        for (const std::string& folder : {zev, board.family})
+            fs::copy(deploy + folder, configPath(""), options);
         CProcessorOn<CConfigAutoSaveProcessor> autoSave(board.devType);
-        EXPECT_EQ("parse defult val \nrunning " + board.model + " parse \n1", load(autoSave));
+        EXPECT_EQ("parse defult val \n" + board.seeding, load(autoSave));
         CProcessorOn<CConfigSystemProcessor> system(board.devType);
         EXPECT_EQ("1", load(system));
 
         CProcessorOn<CConfigPresetProcessor> preset(board.devType);
         EXPECT_EQ("1", load(preset));
-        std::vector<std::string> loaded, defaults;
-        for (int id = 32; id <= 40; id += 2)
-            loaded.push_back(numbersIn(id) + ' ' + bytesIn(id + 1));
+        Texts loaded;
+        for (int number = 1; number <= 5; ++number)
+            loaded.push_back(presetIn(number));
         preset.LoadDefaults();
-        for (int id = 32; id <= 40; id += 2)
-            defaults.push_back(numbersIn(id) + ' ' + bytesIn(id + 1));
-        EXPECT_EQ(defaults, loaded);
-    }
-}
+        for (int number = 1; number <= 5; ++number)
+            EXPECT_EQ(presetIn(number), loaded[number - 1]);
 
-// Sections with nothing but a key that nobody reads take the defaults of the code.
-TEST(ShippedFiles, VariantDataAreThoseOfTheCodeAlsoForAnUnknownType) {
-    const std::string path = configPath("dev_var_system_config.cfg");
-    for (int devType = 0; devType <= 3; ++devType) {
-        SCOPED_TRACE(devType);
-        CProcessorOn<CConfigDevVarSystemProcessor> processor(devType);
-        CProcessorOn<CConfigDevVarSystemProcessor> without(devType);
-        deliver("ZEV");
-        EXPECT_EQ("CConfigDevVarSystemProcessor dev type : " + std::to_string(devType) +
+        CProcessorOn<CConfigDevVarSystemProcessor> variant(board.devType), bare(board.devType);
+        EXPECT_EQ("CConfigDevVarSystemProcessor dev type : " + std::to_string(board.devType) +
                       " chn cnt : 2 \n1",
-                  load(processor));
+                  load(variant));
         EXPECT_EQ(0U, numbersIn(27).find("85.000000,"));
-        const Doubles shipped = shared().getDoubleVector(28);
-        writeFile(path, "");
-        load(without);
-        EXPECT_EQ(shared().getDoubleVector(28), shipped);
+        const std::string drift = numbersIn(28);
+        writeFile(configPath("dev_var_system_config.cfg"), "");
+        load(bare);
+        EXPECT_EQ(numbersIn(28), drift);
     }
 }
 
