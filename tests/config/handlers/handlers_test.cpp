@@ -1,5 +1,6 @@
 #include <cmath>
 #include <cstddef>
+#include <filesystem>
 #include <functional>
 #include <thread>
 
@@ -78,13 +79,17 @@ TEST(AutoSaveHandler, StoredValuesDriveTheComparison) {
     writeFile(AUTO_SAVE, "");
     facade().saveDblValues(0, {1, 2});
     facade().saveDblValues(2, {4});
+    facade().saveSelValues(7, {1});
     facade().saveStrValues(24, {"s"});
     shared().setDoubleVector(0, {1, 2, 3});
+    shared().setByteVector(7, {1, 2});
     shared().setDoubleVector(1, {9});
     shared().setDoubleVector(2, {});
     const std::string before = readFile(AUTO_SAVE);
-    handler.saveChanges();
+    const auto written = std::filesystem::last_write_time(AUTO_SAVE);
+    EXPECT_EQ("", printedBy([&] { handler.saveChanges(); }));
     EXPECT_EQ(before, readFile(AUTO_SAVE)) << "longer, never stored, empty, absent: no differences";
+    EXPECT_EQ(written, std::filesystem::last_write_time(AUTO_SAVE)) << "no write at all";
     shared().setDoubleVector(0, {1});
     shared().setStringVector(24, {"t", "u"});
     handler.saveChanges();
@@ -140,6 +145,8 @@ TEST(PresetHandler, PresetsThatDifferInOneByteAreNotEqual) {
     sPresetBlock block{};
     block.fFuseDelay[1] = -0.0F;
     EXPECT_TRUE(handler.isPresetEqual(block, {}));
+    block.fFuseDelay[1] = NAN;
+    EXPECT_FALSE(handler.isPresetEqual(block, block));
 }
 
 TEST(OneShotHandlers, LoadTheirFilesAndPrintThem) {
