@@ -37,8 +37,10 @@ TEST(ShippedFiles, LoadWithoutAFailureLineAndHoldTheDefaults) {
         for (int number = 1; number <= 5; ++number)
             loaded.push_back(presetIn(number));
         preset.LoadDefaults();
+        Texts defaults;
         for (int number = 1; number <= 5; ++number)
-            EXPECT_EQ(presetIn(number), loaded[number - 1]);
+            defaults.push_back(presetIn(number));
+        EXPECT_EQ(defaults, loaded);
 
         CProcessorOn<CConfigDevVarSystemProcessor> variant(board.devType), bare(board.devType);
         EXPECT_EQ("CConfigDevVarSystemProcessor dev type : " + std::to_string(board.devType) +
