@@ -62,6 +62,8 @@ TEST(ConfigManager, IdentityOfAHalfWrittenTextIsThatOfTheWholeOne) {
         shared().setStringVector(48, {row.half});
         auto identity = std::async(std::launch::async, [&] { return identityOf(manager); });
         std::this_thread::sleep_for(std::chrono::milliseconds(row.standsFor));
+        shared().setStringVector(48, {"35_VOLTS_D"});
+        std::this_thread::sleep_for(std::chrono::milliseconds(40));
         shared().setStringVector(48, {"KOL_35_VOLTS_DEV_2CH"});
         EXPECT_EQ(Identity(3, 2), identity.get()) << row.half;
     }
