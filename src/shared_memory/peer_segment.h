@@ -58,9 +58,12 @@ class CPeerSegment {
 
     // An object by its identifier or by its exact name.
     struct sKey {
+        // Implicit, so that a call names its object directly.
+        // NOLINTBEGIN(google-explicit-constructor)
         sKey(int id);
         sKey(const std::string& name);
         sKey(const char* name) : sKey(std::string(name)) {}
+        // NOLINTEND(google-explicit-constructor)
 
         const sSharedObject* object = nullptr;  // its row of the directory, or null
         std::string text;                       // as it was given

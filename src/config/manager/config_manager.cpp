@@ -151,7 +151,7 @@ std::string CConfigManager::waitForWholeDevString() {
     std::string devString = readDevString();
     int stood = 0;  // ms
     while (stood < settlingTimeOf(devString)) {
-        constexpr timespec LOOK_PERIOD{0, LOOK_PERIOD_MS * 1'000'000};
+        constexpr timespec LOOK_PERIOD{0, LOOK_PERIOD_MS * 1'000'000L};
         nanosleep(&LOOK_PERIOD, nullptr);
         std::string now = readDevString();
         stood = now == devString ? stood + LOOK_PERIOD_MS : 0;
