@@ -290,29 +290,29 @@ void expectMendedByTheNextSave(const std::string& path, const std::string& befor
     const std::string calls = gpRun->calls;
     EXPECT_EQ("wsc", calls.substr(calls.rfind('w'), 3)) << "forced to storage";
     std::set<std::string> mended = {saved};
-    bool kill = false;
-    // The calls come round with every item: steps of 4 meet them all, with each fault.
-    for (int number = 1;; number += 4, kill = !kill) {
-        const sFault& fault = FAULTS[kill ? 3 : 1];
-        SCOPED_TRACE(testing::Message() << path << ' ' << fault.name << ' ' << number);
-        support::writeFile(path, before);
-        setFault(fault, number);
-        runInChild(prepare, save);
-        if (!gpRun->struck) break;
-        EXPECT_EQ(fault.kill, !gpRun->returned);
-        const std::string left = support::readFile(path);
-        if (gpRun->result) {
-            // A mark that cannot be set is no failure: the next start seeds once more.
-            const bool unmarked = left.find(UNMARKED) == 0;
-            EXPECT_EQ(saved, unmarked ? MARKED + left.substr(UNMARKED.size()) : left);
-        } else if (!fault.kill && before == UNMARKED) {
-            EXPECT_NE(0U, left.find(MARKED)) << left;
+    // Each call fails after a part, then the process ends at each.
+    for (const sFault& fault : {FAULTS[1], FAULTS[3]}) {
+        for (int number = 1;; ++number) {
+            SCOPED_TRACE(testing::Message() << path << ' ' << fault.name << ' ' << number);
+            support::writeFile(path, before);
+            setFault(fault, number);
+            runInChild(prepare, save);
+            if (!gpRun->struck) break;
+            EXPECT_EQ(fault.kill, !gpRun->returned);
+            const std::string left = support::readFile(path);
+            if (gpRun->result) {
+                // A mark that cannot be set is no failure: the next start seeds once more.
+                const bool unmarked = left.find(UNMARKED) == 0;
+                EXPECT_EQ(saved, unmarked ? MARKED + left.substr(UNMARKED.size()) : left);
+            } else if (!fault.kill && before == UNMARKED) {
+                EXPECT_NE(0U, left.find(MARKED)) << left;
+            }
+            if (!mended.insert(left).second) continue;
+            setFault(NONE, 0);
+            runInChild(prepare, save);
+            EXPECT_TRUE(gpRun->result);
+            EXPECT_EQ(keyLines(saved), keyLines(support::readFile(path))) << left;
         }
-        if (!mended.insert(left).second) continue;
-        setFault(NONE, 0);
-        runInChild(prepare, save);
-        EXPECT_TRUE(gpRun->result);
-        EXPECT_EQ(keyLines(saved), keyLines(support::readFile(path))) << left;
     }
 }
 
