@@ -23,6 +23,8 @@ const std::string OPENING =
 const std::string WRITING =
     "!!!!!!!!!!!!! OPEN CHECK DONE!!!!!!!!!!!!!! \n!!!!!!!!!!!!! WRTING !!!!!!!!!!!!!! \n"
     "!!!!!!!!!!!!! WRTING bResult : ";
+const std::string RECORDING = OPENING + WRITING + "1 !!!!!!!!!!!!!! \n" +
+                              "WRITING TO CONFIG FILE DEV TYPE :100_VOLTS_DEV_2CH SAVED\n";
 const std::string IDENTITY = "Dev Type 2 Chn Count : 2 \n";
 const std::string NO_KEY =
     "[CFileConfig::read str] FAILED to read [PROCESSED_DEV_INFORMATION]:[DEV_INFORMATION]\n"
@@ -38,6 +40,11 @@ void expectLines(CChildProcess& daemon, const std::string& text) {
 
 bool setIdentity(CPeerMemory& memory) {
     return memory.setStringVector(48, {}) && memory.setStringVector(48, {"100_VOLTS_DEV_2CH"});
+}
+
+void publish(const std::string& text) {
+    EXPECT_EQ(0,
+              CPeer([&](CPeerMemory& memory) { return memory.setStringVector(48, {text}); }).run());
 }
 
 void publishIdentity() {
@@ -67,13 +74,17 @@ void expectQuietLife(CChildProcess& daemon, milliseconds period) {
     EXPECT_LE(sleeps, (steady_clock::now() - begin) / period + 2);
 }
 
+void awaitSleeps(const CChildProcess& daemon, long count) {
+    const long before = sleepsOf(daemon.pid());
+    EXPECT_TRUE(waitUntil([&] { return sleepsOf(daemon.pid()) > before + count; }));
+}
+
 // Until the daemon has published what its file says, which would cover a peer's identity, and has
 // looked for another one: only what comes after that look is recorded.
 void awaitPolling(const CChildProcess& daemon) {
     CPeerMemory memory;
     EXPECT_TRUE(waitUntil([&] { return memory.getStringVector(48) == Texts{"UNKNOWN"}; }));
-    const long before = sleepsOf(daemon.pid());
-    EXPECT_TRUE(waitUntil([&] { return sleepsOf(daemon.pid()) > before + 10; }));
+    awaitSleeps(daemon, 10);
 }
 
 TEST(Daemon, RecordsAnIdentityThatComesLaterForTheNextStartWhichWritesNothing) {
@@ -81,9 +92,7 @@ TEST(Daemon, RecordsAnIdentityThatComesLaterForTheNextStartWhichWritesNothing) {
         bool onDisk;  // there is a file, and no segment at the next start
         std::string missing, recording;
     } rows[] = {
-        {true, "",
-         OPENING + WRITING + "1 !!!!!!!!!!!!!! \n" +
-             "WRITING TO CONFIG FILE DEV TYPE :100_VOLTS_DEV_2CH SAVED\n"},
+        {true, "", RECORDING},
         {false, "failed to open dev type\n",
          OPENING + "failed to open dev type file config \n" + WRITING +
              "0 !!!!!!!!!!!!!! \nFAILED TO WRITE DEV TYPE INFO \n"},
@@ -119,6 +128,28 @@ TEST(Daemon, FirstStartTakesTheIdentityThatAPeerPublishedBeforeIt) {
     expectLines(daemon, BANNER + NO_KEY + IDENTITY);
     expectQuietLife(daemon, RESIDENT);
     EXPECT_EQ(shipped, readFile(PATH)) << "known at once is not written";
+}
+
+// The peer was quicker, but not done: the text that the daemon looks at first is still to change.
+TEST(Daemon, RecordsAnIdentityThatWasStillBeingWrittenAtTheFirstLook) {
+    for (const char* begun : {"100_VOLTS", "UNKNO", "BENCH_7"}) {
+        unlink(SEGMENT);
+        writeFile(PATH, FILE_HEAD + '\n');
+        publish(begun);
+        CChildProcess daemon({APP_CONFIG_MANAGER});
+        expectLines(daemon, BANNER + NO_KEY);
+        awaitSleeps(daemon, 2);
+        publish("100_VOLTS_DEV_2CH");
+        expectLines(daemon, RECORDING + IDENTITY);
+        EXPECT_TRUE(isIdentityRecorded()) << begun;
+    }
+}
+
+TEST(Daemon, LeavesAnUnusualIdentityInTheFileThatItCameFrom) {
+    writeFile(PATH, FILE_HEAD + "BENCH_7\n");
+    CChildProcess daemon({APP_CONFIG_MANAGER});
+    expectLines(daemon, BANNER + "Dev Type 1 Chn Count : 2 \n");
+    EXPECT_EQ(FILE_HEAD + "BENCH_7\n", readFile(PATH));
 }
 
 TEST(Daemon, DescriptorsThatAreClosedAtItsStartAreTheNullDevice) {

@@ -22,7 +22,9 @@ bool CConfigDevTypeHandler::start() {
         sleepPollPeriod();
         waited = true;
     }
-    if (waited) facade.setDevTypeInfo(devType, chnCount, true);
+    if (waited || facade.isSettledIdentityUnrecorded()) {
+        facade.setDevTypeInfo(devType, chnCount, true);
+    }
     printDevInfo();
     return true;
 }

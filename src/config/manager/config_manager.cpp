@@ -150,6 +150,7 @@ int CConfigManager::getDevTypeInfo(std::pair<int, int>& out) {
 std::string CConfigManager::waitForWholeDevString() {
     std::string devString = readDevString();
     int stood = 0;  // ms
+    mbIdentitySettled = settlingTimeOf(devString) > 0;
     while (stood < settlingTimeOf(devString)) {
         constexpr timespec LOOK_PERIOD{0, LOOK_PERIOD_MS * 1'000'000L};
         nanosleep(&LOOK_PERIOD, nullptr);
@@ -165,6 +166,13 @@ std::string CConfigManager::readDevString() {
         mMapProcessors[DEV_TYPE]->GetSharedMemData(DEV_TYPE_ID));
     const auto* record = dynamic_cast<const CConfDevTypeInfoData*>(shared.get());
     return record == nullptr ? std::string() : record->GetText();
+}
+
+bool CConfigManager::isSettledIdentityUnrecorded() {
+    if (!mbIdentitySettled) return false;
+    const CConfData* stored = mMapProcessors[DEV_TYPE]->GetConfData(DEV_TYPE_ID);
+    const auto* record = dynamic_cast<const CConfDevTypeInfoData*>(stored);
+    return record == nullptr || identityOf(record->GetText()) != std::pair(mDevType, mChnCount);
 }
 
 bool CConfigManager::setDevTypeInfo(int devType, int chnCount, bool bSave) {

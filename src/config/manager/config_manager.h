@@ -81,6 +81,10 @@ class CConfigManager : public IDevTypeInfo {
     int getDevTypeInfo(std::pair<int, int>& out) override;
     bool loadDevTypeConfig();
 
+    // True if getDevTypeInfo() had to wait until the string stood still, and the file that was
+    // loaded holds another identity or none: nobody else will record it.
+    bool isSettledIdentityUnrecorded();
+
     // Takes the identity and writes its device string, to the file (`bSave`) or to shared memory.
     // Always true: a save that fails prints why.
     bool setDevTypeInfo(int devType, int chnCount, bool bSave);
@@ -104,6 +108,8 @@ class CConfigManager : public IDevTypeInfo {
     int mChnCount = 0;
 
   private:
+    bool mbIdentitySettled = false;  // the string that told the identity had to be waited for
+
     bool load(int processor, const char* operation);
     std::string waitForWholeDevString();
     std::string readDevString();

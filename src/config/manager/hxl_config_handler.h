@@ -66,6 +66,7 @@ class CSingletonHxlConfigHandler {
 
     // (device type, channel count)
     std::pair<int, int> getDevTypeInfo();
+    bool isSettledIdentityUnrecorded() { return mpManager->isSettledIdentityUnrecorded(); }
     bool isDualChannel() { return getDevTypeInfo().second == 2; }
     bool setDevTypeInfo(int devType, int chnCount, bool bSave) {
         return mpManager->setDevTypeInfo(devType, chnCount, bSave);
