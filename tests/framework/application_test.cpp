@@ -40,6 +40,14 @@ struct CTestHandler : core::IEvtHandler {
     std::atomic<int> miHandled{0};
 };
 
+struct CTestApplication : CApplication {
+    using CApplication::CApplication;
+    std::shared_ptr<core_utils::CWorker> createWorker() override {
+        return mpOwnWorker = CApplication::createWorker();
+    }
+    std::shared_ptr<core_utils::CWorker> mpOwnWorker;
+};
+
 // How many deliveries are in a queue that no worker serves.
 int drain(CWorkQueue& queue) {
     int items = 0;
@@ -82,7 +90,7 @@ TEST(Application, DeliversBetweenStartAndStopOnlyToEachHandlerOnTheThreadOfItsQu
     const auto first = std::make_shared<CTestHandler>();
     const auto second = std::make_shared<CTestHandler>(ownQueue);
     const auto event = std::make_shared<CTestEvent>();
-    CApplication application("Test");
+    CTestApplication application("Test");
     EXPECT_FALSE(application.subscribe(EVENT, first));
     EXPECT_FALSE(application.publish(event));
     EXPECT_FALSE(application.unsubscribe(EVENT, first));
@@ -109,6 +117,8 @@ TEST(Application, DeliversBetweenStartAndStopOnlyToEachHandlerOnTheThreadOfItsQu
     EXPECT_FALSE(application.publish(event));
     EXPECT_EQ("CApplication end: Test\n",
               printedOnStderrBy([&] { EXPECT_FALSE(application.stop()); }));
+    const core_utils::CAbsWorkerThread& thread = *application.mpOwnWorker;
+    EXPECT_TRUE(thread.isStopped());
     EXPECT_TRUE(application.start()) << "again; its destructor stops it";
 }
 

@@ -1,6 +1,7 @@
-// The entry of every test program. Tests use the daemon's real paths, so the program first starts
-// itself again where those are empty and private.
+// The entry of every test program. Tests use the daemon's real paths, and much of the product lives
+// once a process: the program starts itself again for each test, where those paths are empty.
 #include <gtest/gtest.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -9,6 +10,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "support/child_process.h"
@@ -23,28 +25,65 @@ void setSanitizerOptions() {
     setenv("UBSAN_OPTIONS", "print_stacktrace=1", 0);
 }
 
-int restartInPrivateRoot(int argc, char** argv) {
+[[noreturn]] void startInPrivateRoot(std::vector<std::string> arguments) {
     setSanitizerOptions();
     char self[PATH_MAX] = {};
-    if (readlink("/proc/self/exe", self, sizeof(self) - 1) < 0) return EXIT_FAILURE;
+    if (readlink("/proc/self/exe", self, sizeof(self) - 1) < 0) _exit(EXIT_FAILURE);
     std::vector<std::string> words = {TEST_PRIVATE_ROOT};
     for (const std::string& word : support::targetCommand({self}))
         words.push_back(word);
-    words.insert(words.end(), argv + 1, argv + argc);
-    std::vector<char*> arguments = support::argumentVector(words);
-    execv(arguments[0], arguments.data());
-    std::fprintf(stderr, "%s: %s\n", arguments[0], std::strerror(errno));
-    return EXIT_FAILURE;
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    std::vector<char*> command = support::argumentVector(words);
+    execv(command[0], command.data());
+    std::fprintf(stderr, "%s: %s\n", command[0], std::strerror(errno));
+    _exit(EXIT_FAILURE);
 }
+
+// Runs each selected test in a process of its own instead of here.
+class COneProcessEach : public testing::EmptyTestEventListener {
+  public:
+    explicit COneProcessEach(std::vector<std::string> arguments)
+        : mArguments(std::move(arguments)) {}
+
+  private:
+    void OnTestIterationStart(const testing::UnitTest& tests, int) override {
+        int failed = 0;
+        for (int i = 0; i < tests.total_test_suite_count(); ++i) {
+            const testing::TestSuite& suite = *tests.GetTestSuite(i);
+            for (int j = 0; j < suite.total_test_count(); ++j) {
+                const testing::TestInfo& test = *suite.GetTestInfo(j);
+                if (test.should_run() && !passes(test)) ++failed;
+            }
+        }
+        _exit(failed == 0 ? EXIT_SUCCESS : EXIT_FAILURE);
+    }
+
+    bool passes(const testing::TestInfo& test) const {
+        const pid_t child = fork();
+        if (child == 0) {
+            std::vector<std::string> arguments = mArguments;
+            arguments.push_back(std::string("--gtest_filter=") + test.test_suite_name() + '.' +
+                                test.name());
+            startInPrivateRoot(std::move(arguments));
+        }
+        int status = -1;
+        waitpid(child, &status, 0);
+        return status == 0;
+    }
+
+    const std::vector<std::string> mArguments;
+};
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    std::vector<char*> words(argv, argv + argc);
-    words.push_back(nullptr);
-    int count = argc;
-    testing::InitGoogleTest(&count, words.data());
+    const std::vector<std::string> arguments(argv + 1, argv + argc);
+    testing::InitGoogleTest(&argc, argv);
     const bool inside = std::getenv("APP_CONFIG_PRIVATE_ROOT") != nullptr;
-    if (!inside && !testing::GTEST_FLAG(list_tests)) return restartInPrivateRoot(argc, argv);
+    if (!inside && !testing::GTEST_FLAG(list_tests)) {
+        testing::TestEventListeners& listeners = testing::UnitTest::GetInstance()->listeners();
+        delete listeners.Release(listeners.default_result_printer());
+        listeners.Append(new COneProcessEach(arguments));
+    }
     return RUN_ALL_TESTS();
 }
