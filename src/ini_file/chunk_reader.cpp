@@ -8,7 +8,7 @@ namespace core_utils {
 void CChunkReader::seek(std::int64_t offset) {
     mBegin = offset;
     mFirst = mLength = mWindowEnd = 0;
-    mbFailed = mbExhausted = !mFile.seek(offset, SEEK_SET);
+    mbFailed = mbExhausted = mpImage == nullptr && !mFile.seek(offset, SEEK_SET);
 }
 
 bool CChunkReader::next() {
@@ -37,7 +37,12 @@ void CChunkReader::refill() {
     std::memmove(mWindow, mWindow + mFirst, rest);
     mFirst = 0;
     std::size_t read = 0;
-    mbFailed = !mFile.readUpTo(mWindow + rest, WINDOW_SIZE - rest, read);
+    if (mpImage != nullptr) {
+        const std::size_t from = static_cast<std::size_t>(mBegin) + rest;
+        read = mpImage->copy(mWindow + rest, WINDOW_SIZE - rest, from);
+    } else {
+        mbFailed = !mFile.readUpTo(mWindow + rest, WINDOW_SIZE - rest, read);
+    }
     mWindowEnd = rest + read;
     mbExhausted = mbFailed || mWindowEnd < WINDOW_SIZE;
 }

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <string_view>
 
 #include "storage/locked_file.h"
@@ -21,8 +22,11 @@ class CChunkReader {
     static constexpr std::size_t CHUNK_SIZE = 80;
     static constexpr std::size_t WINDOW_SIZE = 4096;
 
-    // Starts at the beginning of the file.
-    explicit CChunkReader(CLockedFile& file) : mFile(file) { seek(0); }
+    // Starts at the beginning of the file or, where there is one, of its image in memory.
+    explicit CChunkReader(CLockedFile& file, const std::string* image = nullptr)
+        : mFile(file), mpImage(image) {
+        seek(0);
+    }
 
     // Goes on `offset` bytes into the file; the current chunk is gone.
     void seek(std::int64_t offset);
@@ -47,6 +51,7 @@ class CChunkReader {
     void refill();
 
     CLockedFile& mFile;
+    const std::string* mpImage;
     std::int64_t mBegin;  // of the chunk in the file
     std::size_t mFirst;   // of the chunk in the window
     std::size_t mLength;  // of the chunk

@@ -25,10 +25,6 @@ constexpr int VALUE_CAPACITY = 100;
 constexpr int NUMBER_CAPACITY = 320;  // characters of the longest double with six decimals
 constexpr int HEAD_CAPACITY = 256;    // line ends, header and line
 
-bool isUsable(const char* section, const char* key) {
-    return section != nullptr && key != nullptr && std::strlen(section) <= MAX_SECTION_LENGTH;
-}
-
 // The last header that matched, which is where a new key goes.
 struct sHeaderPosition {
     std::int64_t begin = -1;
@@ -71,19 +67,6 @@ void appendRemainder(CChunkReader& reader, std::string& tail) {
         // Also after a line of 80 characters that is complete: this is part of the file format.
         continuation = chunk.size() == CChunkReader::CHUNK_SIZE;
     }
-}
-
-// Makes `tail` of `head` and what is left to `reader`.
-bool makeTail(std::string_view head, CChunkReader& reader, std::string& tail) {
-    try {
-        tail = head;
-        appendRemainder(reader, tail);
-    } catch (const std::exception&) {
-        std::puts("riSize = -1 ");
-        return false;
-    }
-    if (reader.failed()) std::puts("riSize = -1,2 ");
-    return !reader.failed();
 }
 
 // Posts a miss to the maintenance log; without memory for it nothing is posted.
@@ -141,6 +124,7 @@ bool CFileConfig::open(const std::string& path, const std::string& mode) {
 }
 
 bool CFileConfig::close() {
+    if (mpBatch != nullptr) mpBatch->mbValid = false;
     return mFile.close();
 }
 
@@ -152,9 +136,9 @@ bool CFileConfig::readValue(const char* section, const char* key, char* buffer, 
     if (ioSize == nullptr) return false;
     const int capacity = *ioSize;
     *ioSize = -1;
-    if (!isOpen() || !isUsable(section, key) || buffer == nullptr) return false;
+    if (!isUsable(section, key) || buffer == nullptr) return false;
 
-    CChunkReader reader(mFile);
+    CChunkReader reader(mFile, image());
     sHeaderPosition position;
     if (!findKey(reader, section, key, position)) return false;
 
@@ -208,19 +192,20 @@ bool CFileConfig::read(const std::string& section, const std::string& key, doubl
 
 bool CFileConfig::writeValue(const char* section, const char* key, const char* value,
                              int valueLength, bool noCreate) {
-    if (!isOpen() || !isUsable(section, key) || value == nullptr || valueLength == 0) return false;
+    if (!isUsable(section, key) || value == nullptr || valueLength == 0) return false;
 
     char line[MAX_LINE_LENGTH + 1];
     const int length = std::snprintf(line, sizeof line, "%s=%s\n", key, value);
     // Part of the file format: one character too many is refused, more are cut off.
     if (length < 0 || length == MAX_LINE_LENGTH + 1) return false;
 
-    CChunkReader reader(mFile);
+    CChunkReader reader(mFile, image());
     sHeaderPosition position;
     if (findKey(reader, section, key, position)) {
         const std::int64_t begin = reader.begin();
-        if (reader.chunk().size() == std::strlen(line)) {
-            return mFile.seek(begin, SEEK_SET) && mFile.writeText(line);
+        const std::size_t lengthBefore = reader.chunk().size();
+        if (lengthBefore == std::strlen(line)) {
+            return replace(begin, static_cast<std::int64_t>(lengthBefore), line);
         }
         skipRestOfLine(reader);
         return rewriteFrom(begin, line, reader);
@@ -254,9 +239,9 @@ bool CFileConfig::write(const std::string& section, const std::string& key, doub
 }
 
 bool CFileConfig::removeKey(const char* section, const char* key) {
-    if (!isOpen() || !isUsable(section, key)) return false;
+    if (!isUsable(section, key)) return false;
 
-    CChunkReader reader(mFile);
+    CChunkReader reader(mFile, image());
     sHeaderPosition position;
     if (!findKey(reader, section, key, position)) return false;
     const std::int64_t begin = reader.begin();
@@ -266,19 +251,81 @@ bool CFileConfig::removeKey(const char* section, const char* key) {
 
 bool CFileConfig::append(const char* section) {
     std::int64_t size = 0;
-    if (!mFile.getSize(size)) return false;
     char last = '\n';
-    std::size_t read = 0;
-    if (size > 0 && !(mFile.seek(-1, SEEK_END) && mFile.readUpTo(&last, 1, read))) return false;
+    if (!getSize(size) || (size > 0 && !getLastCharacter(last))) return false;
     char text[HEAD_CAPACITY];
     std::snprintf(text, sizeof text, "%s\n%s", last == '\n' ? "" : "\n", section);
-    return mFile.seek(0, SEEK_END) && mFile.writeText(text);
+    return replace(size, 0, text);
 }
 
 bool CFileConfig::rewriteFrom(std::int64_t offset, const char* head, CChunkReader& rest) {
-    std::string tail;
-    return makeTail(head, rest, tail) && mFile.truncate(offset) && mFile.seek(offset, SEEK_SET) &&
-           mFile.writeText(tail);
+    try {
+        std::string tail = head;
+        appendRemainder(rest, tail);
+        std::int64_t size = 0;
+        if (!rest.failed()) return getSize(size) && replaceOrThrow(offset, size - offset, tail);
+        std::puts("riSize = -1,2 ");
+    } catch (const std::exception&) {
+        if (mpBatch != nullptr) mpBatch->mbValid = false;
+        std::puts("riSize = -1 ");
+    }
+    return false;
+}
+
+bool CFileConfig::replace(std::int64_t offset, std::int64_t length, std::string_view text) {
+    try {
+        return replaceOrThrow(offset, length, text);
+    } catch (const std::exception&) {
+        if (mpBatch != nullptr) mpBatch->mbValid = false;
+        return false;
+    }
+}
+
+bool CFileConfig::replaceOrThrow(std::int64_t offset, std::int64_t length, std::string_view text) {
+    if (mpBatch == nullptr) return mFile.replace(offset, length, text);
+    mpBatch->mImage.replace(static_cast<std::size_t>(offset), static_cast<std::size_t>(length),
+                            text);
+    return true;
+}
+
+bool CFileConfig::getSize(std::int64_t& size) {
+    if (mpBatch == nullptr) return mFile.getSize(size);
+    size = static_cast<std::int64_t>(mpBatch->mImage.size());
+    return true;
+}
+
+bool CFileConfig::getLastCharacter(char& last) {
+    std::size_t read = 0;
+    if (mpBatch == nullptr) return mFile.seek(-1, SEEK_END) && mFile.readUpTo(&last, 1, read);
+    last = mpBatch->mImage.back();
+    return true;
+}
+
+bool CFileConfig::isUsable(const char* section, const char* key) const {
+    return isOpen() && (mpBatch == nullptr || mpBatch->mbValid) && section != nullptr &&
+           key != nullptr && std::strlen(section) <= MAX_SECTION_LENGTH;
+}
+
+CFileConfig::CBatch::CBatch(CFileConfig& file) : mFile(file) {
+    mFile.mpBatch = this;
+    std::size_t read = 0;
+    try {
+        if (!mFile.mFile.getSize(mSize)) return;
+        mImage.resize(static_cast<std::size_t>(mSize));
+        mbValid = mFile.mFile.seek(0, SEEK_SET) &&
+                  mFile.mFile.readUpTo(mImage.data(), mImage.size(), read) && read == mImage.size();
+    } catch (const std::exception&) {
+    }
+}
+
+CFileConfig::CBatch::~CBatch() {
+    if (mFile.mpBatch == this) mFile.mpBatch = nullptr;
+}
+
+bool CFileConfig::CBatch::commit() {
+    if (mFile.mpBatch != this) return false;
+    mFile.mpBatch = nullptr;
+    return mbValid && mFile.replace(0, mSize, mImage);
 }
 
 }  // namespace core_utils

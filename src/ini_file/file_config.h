@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "storage/locked_file.h"
 
@@ -18,9 +19,9 @@ double toDouble(const char* text);
 class CChunkReader;
 
 // Works on a file that stays open between open() and close(). Every access scans it from its
-// start, in chunks of at most 80 characters, and every write reaches the kernel before the call
-// returns; close() also forces it to storage. Nothing is cached and no backup is kept: when a
-// rewrite fails half-way, what followed the line may be lost.
+// start, in chunks of at most 80 characters; nothing is cached. Every change is in storage when the
+// call returns, and whatever ends it leaves the old file or the new one
+// (storage/durable_change.h); one that fails leaves the old.
 //
 // One thread at a time, and no second object on the same file. All operations return false when
 // the file is closed, a section name has more than 77 characters, the system reports an error, or
@@ -28,6 +29,29 @@ class CChunkReader;
 // alone throws.
 class CFileConfig {
   public:
+    // Collects the changes made while it lives, which reads see, and makes them one: all reach the
+    // file or none. One at a time for a file, which has to be open and to outlive it; closing the
+    // file drops what was collected, and so does the end of the batch.
+    class CBatch {
+      public:
+        // Loads the file. If that fails, every change and commit() do.
+        explicit CBatch(CFileConfig& file);
+        CBatch(const CBatch&) = delete;
+        CBatch& operator=(const CBatch&) = delete;
+        ~CBatch();
+
+        // Makes the changes; the file's own operations then work on it directly again. True if
+        // there are none. False if memory ran out in one of them, too: the file is as it was.
+        bool commit();
+
+      private:
+        friend class CFileConfig;
+        CFileConfig& mFile;
+        std::string mImage;
+        std::int64_t mSize = 0;  // of the file
+        bool mbValid = false;
+    };
+
     CFileConfig() = default;
     virtual ~CFileConfig() = default;
 
@@ -81,7 +105,19 @@ class CFileConfig {
     // Puts `head` and what a rewrite keeps of `rest` in the place of all from `offset` on.
     bool rewriteFrom(std::int64_t offset, const char* head, CChunkReader& rest);
 
+    // Changes the file or the batch's image of it. The first is silent without memory.
+    bool replace(std::int64_t offset, std::int64_t length, std::string_view text);
+    bool replaceOrThrow(std::int64_t offset, std::int64_t length, std::string_view text);
+
+    bool getSize(std::int64_t& size);
+    bool getLastCharacter(char& last);
+
+    // What is read while a batch lives; null for the file itself.
+    const std::string* image() const { return mpBatch != nullptr ? &mpBatch->mImage : nullptr; }
+    bool isUsable(const char* section, const char* key) const;
+
     CLockedFile mFile;
+    CBatch* mpBatch = nullptr;
 };
 
 }  // namespace core_utils

@@ -6,6 +6,9 @@
 
 #include <cerrno>
 #include <cstring>
+#include <exception>
+
+#include "storage/durable_change.h"
 
 namespace core_utils {
 
@@ -33,19 +36,26 @@ bool CLockedFile::open(const char* path, const char* mode) {
     if (mpStream != nullptr || path == nullptr || mode == nullptr) return false;
     const int flags = flagsOf(mode);
     if (flags < 0) return false;
+    try {
+        mPath = path;
+    } catch (const std::exception&) {
+        return false;
+    }
     const int descriptor = ::open(path, flags | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, 0666);
     if (descriptor < 0) return false;
     mpStream = fdopen(descriptor, mode);
     if (mpStream == nullptr) ::close(descriptor);
+    mbStored = (flags & O_CREAT) == 0;
     return mpStream != nullptr;
 }
 
 bool CLockedFile::close() {
     const Lock lock(mMutex);
     if (mpStream == nullptr) return false;
-    const bool stored = flushLocked();
+    const bool stored = mbStored || flushLocked();
     const bool closed = std::fclose(mpStream) == 0;
     mpStream = nullptr;
+    mPath.clear();
     return stored && closed;
 }
 
@@ -82,6 +92,7 @@ bool CLockedFile::readUpTo(char* buffer, std::size_t size, std::size_t& read) {
 bool CLockedFile::writeBlock(const void* buffer, std::size_t size) {
     const Lock lock(mMutex);
     if (mpStream == nullptr) return false;
+    mbStored = false;
     const bool written = std::fwrite(buffer, 1, size, mpStream) == size;
     const bool stored = flushLocked();
     if (std::ferror(mpStream) == 0) return written && stored;
@@ -92,8 +103,16 @@ bool CLockedFile::writeBlock(const void* buffer, std::size_t size) {
 bool CLockedFile::writeText(std::string_view text) {
     const Lock lock(mMutex);
     if (mpStream == nullptr) return false;
+    mbStored = false;
     const bool written = std::fwrite(text.data(), 1, text.size(), mpStream) == text.size();
     return std::fflush(mpStream) == 0 && written;
+}
+
+bool CLockedFile::replace(std::int64_t offset, std::int64_t length, std::string_view text) {
+    const Lock lock(mMutex);
+    // The flush also makes the stream forget what it has read.
+    return mpStream != nullptr && std::fflush(mpStream) == 0 &&
+           changeDurably(fileno(mpStream), mPath.c_str(), offset, length, text);
 }
 
 bool CLockedFile::flush() {
@@ -125,6 +144,7 @@ bool CLockedFile::setPosition(const fpos_t& position) {
 bool CLockedFile::truncate(std::int64_t offset) {
     const Lock lock(mMutex);
     if (mpStream == nullptr) return false;
+    mbStored = false;
     if (ftruncate(fileno(mpStream), offset) == 0) return true;
     std::printf("truncate fail : %d \n", errno);
     return false;
@@ -148,7 +168,8 @@ bool CLockedFile::isAtEnd() {
 }
 
 bool CLockedFile::flushLocked() {
-    return std::fflush(mpStream) == 0 && fsync(fileno(mpStream)) == 0;
+    mbStored = std::fflush(mpStream) == 0 && fsync(fileno(mpStream)) == 0;
+    return mbStored;
 }
 
 }  // namespace core_utils

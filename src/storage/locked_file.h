@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <mutex>
+#include <string>
 #include <string_view>
 
 namespace core_utils {
@@ -30,8 +31,8 @@ class CLockedFile {
     // other end of a FIFO or for a device. False if a stream is already open, which then stays.
     bool open(const char* path, const char* mode);
 
-    // Has the kernel's writes put to storage, then closes. False if any of it failed; the file
-    // is closed all the same.
+    // Has what was written since the last flush put to storage, then closes. False if any of it
+    // failed; the file is closed all the same.
     bool close();
 
     bool isOpen() const;
@@ -54,6 +55,10 @@ class CLockedFile {
 
     // Hands `text` to the kernel, not yet to storage: close() or flush() does that.
     bool writeText(std::string_view text);
+
+    // Puts `text` in the place of `length` bytes as changeDurably() does. Moves the position.
+    // Throws std::bad_alloc, and has then changed nothing.
+    bool replace(std::int64_t offset, std::int64_t length, std::string_view text);
 
     // Puts what was written to storage.
     bool flush();
@@ -78,6 +83,8 @@ class CLockedFile {
 
     mutable std::mutex mMutex;
     std::FILE* mpStream = nullptr;
+    std::string mPath;
+    bool mbStored = true;  // nothing was written since the last flush
 };
 
 }  // namespace core_utils

@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <exception>
+#include <vector>
 
 #include "config/processors/config_processor.h"
 #include "ini_file/file_config.h"
@@ -17,6 +18,10 @@ bool readNumber(core_utils::CFileConfig& file, const char* key, double& value) {
     } catch (const std::exception&) {
         return false;
     }
+}
+
+void reportUnwritten(const char* key) {
+    std::printf("failed to write section : %s with key : %s\n", CORRECTION_SECTION, key);
 }
 
 }  // namespace
@@ -39,15 +44,18 @@ bool writeCurrentCorrection(const double values[4]) {
     std::puts("CConfigManager::writeCurrentCorrection came in");
     core_utils::CFileConfig file;
     if (!file.open(configFilePath(CORRECTION_FILE_NAME), "r+b")) return false;
-    bool anyWritten = false;
+    core_utils::CFileConfig::CBatch batch(file);
+    std::vector<const char*> written;
     for (const char* key : CORRECTION_KEYS) {
-        if (file.write(CORRECTION_SECTION, key, *values++)) {
-            anyWritten = true;
-        } else {
-            std::printf("failed to write section : %s with key : %s\n", CORRECTION_SECTION, key);
-        }
+        if (file.write(CORRECTION_SECTION, key, *values++))
+            written.push_back(key);
+        else
+            reportUnwritten(key);
     }
-    return anyWritten;
+    if (batch.commit()) return !written.empty();
+    for (const char* key : written)
+        reportUnwritten(key);
+    return false;
 }
 
 }  // namespace hxl_config_handler

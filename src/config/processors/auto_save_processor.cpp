@@ -80,10 +80,21 @@ CConfigAutoSaveProcessor::CConfigAutoSaveProcessor()
 int CConfigAutoSaveProcessor::LoadDefaults() {
     const int devType = getDevTypeInfo().first;
     if (devType < 1 || devType > 3) return 0;
-    const bool numbers = storeDefaults<double>(devType);
-    const bool bytes = storeDefaults<unsigned char>(devType);
-    const bool texts = storeDefaults<std::string>(devType);
-    return numbers && bytes && texts;
+    if (!mpFileConfig || !mpFileConfig->isOpen()) openFile(AUTO_SAVE_FILE_NAME, "r+b");
+    core_utils::CFileConfig::CBatch batch(*mpFileConfig);
+    const bool numbers = writeDefaults<double>(devType);
+    const bool bytes = writeDefaults<unsigned char>(devType);
+    const bool texts = writeDefaults<std::string>(devType);
+    if (!numbers || !bytes || !texts) return 0;
+    if (!batch.commit()) {
+        std::puts("FAILED TO WRITE ON PRIO KEY ");
+        return 0;
+    }
+    mpFileConfig->close();
+    recordDefaults<double>(devType);
+    recordDefaults<unsigned char>(devType);
+    recordDefaults<std::string>(devType);
+    return 1;
 }
 
 int CConfigAutoSaveProcessor::Initialise() {
@@ -201,14 +212,20 @@ void CConfigAutoSaveProcessor::loadGroup() {
 }
 
 template <typename T>
-bool CConfigAutoSaveProcessor::storeDefaults(int devType) {
-    bool stored = true;
+bool CConfigAutoSaveProcessor::writeDefaults(int devType) {
+    bool written = true;
     for (const auto& item : sGroup<T>::ITEMS) {
         CConfAutoSaveData<T> record(item.id, std::vector<T>{item.defaults[devType - 1]});
         SetSharedMemData(item.id, &record);
-        stored = SaveConfData(item.id, &record) != 0 && stored;
+        written = write<T>(item.id, &record) != nullptr && written;
     }
-    return stored;
+    return written;
+}
+
+template <typename T>
+void CConfigAutoSaveProcessor::recordDefaults(int devType) {
+    for (const auto& item : sGroup<T>::ITEMS)
+        getRecordAs<CConfAutoSaveData<T>>(item.id)->SetValues({item.defaults[devType - 1]});
 }
 
 template <typename T>
@@ -220,17 +237,24 @@ void CConfigAutoSaveProcessor::addRecords() {
 
 template <typename T>
 int CConfigAutoSaveProcessor::save(int id, CConfData* record) {
+    CConfAutoSaveData<T>* stored = write<T>(id, record);
+    if (stored == nullptr) return 0;
+    stored->SetValues(static_cast<CConfAutoSaveData<T>*>(record)->GetValues());
+    mpFileConfig->close();
+    return 1;
+}
+
+template <typename T>
+CConfAutoSaveData<T>* CConfigAutoSaveProcessor::write(int id, CConfData* record) {
     const auto* data = dynamic_cast<CConfAutoSaveData<T>*>(record);
     auto* stored = hasRecord(id) ? getRecordAs<CConfAutoSaveData<T>>(id) : nullptr;
-    if (data == nullptr || stored == nullptr || !openForWriting()) return 0;
+    if (data == nullptr || stored == nullptr || !openForWriting()) return nullptr;
     // The record passed in may have been made without the item's key.
     if (!mpFileConfig->write(sGroup<T>::SECTION, stored->GetKey(), joinList(data->GetValues()))) {
         std::puts("FAILED TO WRITE ON PRIO KEY ");
-        return 0;
+        return nullptr;
     }
-    stored->SetValues(data->GetValues());
-    mpFileConfig->close();
-    return 1;
+    return stored;
 }
 
 bool CConfigAutoSaveProcessor::openForWriting() {

@@ -3,6 +3,7 @@
 #define CONFIG_PROCESSORS_AUTO_SAVE_PROCESSOR_H
 
 #include "config/processors/config_processor.h"
+#include "config/records/auto_save_data.h"
 
 namespace hxl_config_handler {
 
@@ -18,7 +19,8 @@ class CConfigAutoSaveProcessor : public CAbsConfigProcesor {
     // byte is dropped alone.
     int LoadConfigFile() override { return parseConfigAutoSaveFile(); }
 
-    // To file, records and shared memory. 0 if one item cannot be saved; the others are.
+    // To file, records and shared memory. All items reach the file and the
+    // records or none: then 0.
     int LoadDefaults() override;
     int Initialise() override;
     CConfData* GetConfData(int id) override;
@@ -35,11 +37,16 @@ class CConfigAutoSaveProcessor : public CAbsConfigProcesor {
     template <typename T>
     void loadGroup();
     template <typename T>
-    bool storeDefaults(int devType);
+    bool writeDefaults(int devType);
+    template <typename T>
+    void recordDefaults(int devType);
     template <typename T>
     void addRecords();
     template <typename T>
     int save(int id, CConfData* record);
+    // Gives the processor's own record of the item, or null if it was not written.
+    template <typename T>
+    CConfAutoSaveData<T>* write(int id, CConfData* record);
 
     bool openForWriting();
 };

@@ -166,13 +166,15 @@ sPresetBlock CConfigPresetProcessor::readSection(const std::string& section) {
 // States before numbers: the order of the keys in a new section is an interface.
 bool CConfigPresetProcessor::writeSection(const std::string& section, const sPresetBlock& block) {
     if (!mpFileConfig) return false;
+    core_utils::CFileConfig::CBatch batch(*mpFileConfig);
     const bool states = writeSettings(*mpFileConfig, section, PRESET_STATES, block);
     const bool numbers = writeSettings(*mpFileConfig, section, PRESET_NUMBERS, block);
+    const bool saved = states && numbers && batch.commit();
     mpFileConfig->close();
     if (!openFile(PRESET_FILE_NAME, "r+b")) {
         std::puts("FileConfig[1],Failed to open conf preset configuration ");
     }
-    return states && numbers;
+    return saved;
 }
 
 void CConfigPresetProcessor::publishPreset(int id, const CConfPresetData& preset) {

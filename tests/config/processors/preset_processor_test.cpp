@@ -88,7 +88,7 @@ TEST(PresetProcessor, HalfAPresetIsNoneAndAFailedSaveKeepsTheRecord) {
     EXPECT_EQ(nullptr, processor.GetSharedMemData(42));
     load(processor);
     sPresetBlock block{};
-    block.ucFuseState[1] = 100;
+    block.fVoltageSet[0] = 1e20F;
     CConfPresetData preset(44, block);
     EXPECT_EQ("0", save(processor, 44, &preset));
     EXPECT_EQ(LOADED, textOf(processor.GetConfData(44)));
