@@ -53,8 +53,8 @@ std::string segmentName() {
 sResult noSegment() {
     return {eOutcome::NO_SEGMENT, "there is no segment " + segmentName()};
 }
-sResult wrongElement(const sSharedObject& object) {
-    return {eOutcome::WRONG_ELEMENT, std::string(object.name) + " has elements of type " +
+sResult typeMismatch(const sSharedObject& object) {
+    return {eOutcome::TYPE_MISMATCH, std::string(object.name) + " has elements of type " +
                                          ELEMENT_NAMES[static_cast<int>(object.element)]};
 }
 
@@ -157,7 +157,7 @@ sResult CPeerSegment::access(const sKey& key, Access make) const {
 template <typename Value>
 sResult CPeerSegment::read(const sKey& key, std::vector<Value>& values) const {
     if (key.object != nullptr && key.object->element != ELEMENT<Value>) {
-        return wrongElement(*key.object);
+        return typeMismatch(*key.object);
     }
     return access(key, [&](Segment& segment, const char* name) {
         return CVectorAccess<Value>::copy(segment, name, values);
@@ -167,7 +167,7 @@ sResult CPeerSegment::read(const sKey& key, std::vector<Value>& values) const {
 template <typename Value>
 sResult CPeerSegment::write(const sKey& key, const std::vector<Value>& values) {
     if (key.object != nullptr && key.object->element != ELEMENT<Value>) {
-        return wrongElement(*key.object);
+        return typeMismatch(*key.object);
     }
     return access(key, [&](Segment& segment, const char* name) {
         auto* manager = segment.get_segment_manager();

@@ -40,7 +40,7 @@ class CPeerSegment {
         UNUSABLE,        // the segment cannot be attached to: not finished, not permitted, no room
         REPLACED,        // the segment has lost its name: nobody will change it any more
         UNKNOWN_OBJECT,  // the directory has no such identifier or name
-        WRONG_ELEMENT,   // the directory says that the object's elements are of another type
+        TYPE_MISMATCH,   // the directory says that the object's elements are of another type
         NO_OBJECT,       // nobody has written the object yet
         NO_VECTOR,       // what stands under the name cannot be a vector of this type
         FULL,            // no room in the segment; the object may hold a part of the values

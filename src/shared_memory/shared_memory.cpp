@@ -53,7 +53,7 @@ bool change(const Segment* segment, Change make) {
 
 template <typename Access>
 bool changeAlone(Segment* segment, Access access) {
-    return change(segment, [&] { return runAlone(*segment, access); });
+    return change(segment, [&] { return withSegmentLock(*segment, access); });
 }
 
 }  // namespace

@@ -156,7 +156,7 @@ bool copyText(const Segment& segment, const SegmentString& text, std::string& ou
 template <typename Value>
 eAccess CVectorAccess<Value>::copy(Segment& segment, const std::string& name,
                                    std::vector<Value>& out) {
-    return runAlone(segment, [&] {
+    return withSegmentLock(segment, [&] {
         const sRawObject object = findObject(segment, name);
         if (object.address == nullptr) return eAccess::NO_OBJECT;
         const auto* vector = object.as<SegmentVector<Element>>();
@@ -178,7 +178,7 @@ eAccess CVectorAccess<Value>::assign(Segment& segment, const std::string& name,
                                      const SegmentAllocator<Element>& elements,
                                      const SegmentAllocator<char>& characters) {
     using Vector = SegmentVector<Element>;
-    return runAlone(segment, [&] {
+    return withSegmentLock(segment, [&] {
         const sRawObject object = findObject(segment, name);
         auto* vector = asWritable(segment, object.address != nullptr
                                                ? object.as<Vector>()
@@ -191,7 +191,7 @@ eAccess CVectorAccess<Value>::assign(Segment& segment, const std::string& name,
 
 template <typename Value>
 eAccess CVectorAccess<Value>::destroy(Segment& segment, const std::string& name) {
-    return runAlone(segment, [&] {
+    return withSegmentLock(segment, [&] {
         const sRawObject object = findObject(segment, name);
         if (object.address == nullptr) return eAccess::NO_OBJECT;
         const auto* vector = asWritable(segment, object.as<SegmentVector<Element>>());

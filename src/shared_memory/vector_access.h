@@ -9,15 +9,15 @@
 #include <boost/container/string.hpp>
 #include <boost/container/vector.hpp>
 #include <boost/interprocess/allocators/allocator.hpp>
-#include <boost/interprocess/managed_shared_memory.hpp>
 #include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "shared_memory/segment_lock.h"
+
 namespace core_utils {
 
-using Segment = boost::interprocess::managed_shared_memory;
 template <typename T>
 using SegmentAllocator = boost::interprocess::allocator<T, Segment::segment_manager>;
 using SegmentString =
@@ -46,16 +46,6 @@ using ElementOf = typename sElementOf<Value>::Type;
 // interprocess_exception with not_found_error. Throws std::runtime_error or interprocess_exception
 // for one that cannot be used.
 std::unique_ptr<Segment> attachSegment(const std::string& name, bool create);
-
-// Runs `access` under the segment's own lock, alone among all who take it. It must not print: a
-// reader of our output that stands still would stop every process that waits for the lock.
-template <typename Access>
-auto runAlone(Segment& segment, Access access) {
-    decltype(access()) result{};
-    auto keepResult = [&] { result = access(); };
-    segment.atomic_func(keepResult);
-    return result;
-}
 
 // An object as its raw bytes. Boost aborts the process over a look-up by type when the object has
 // another size, and a peer may have created it as something else.

@@ -34,7 +34,7 @@ TEST(PeerSegment, OnlyOpeningAndWritingCreateAndEveryRefusalSaysWhy) {
     EXPECT_EQ(eOutcome::UNKNOWN_OBJECT, segment.write("VOLTAGE", values).outcome);
     EXPECT_EQ(eOutcome::UNKNOWN_OBJECT, segment.remove(23).outcome);
     EXPECT_EQ("CHF_MODE_MEM has elements of type byte", segment.write(7, values).reason);
-    EXPECT_EQ(eOutcome::WRONG_ELEMENT, segment.read("VOLTAGE_DATA_MEM", texts).outcome);
+    EXPECT_EQ(eOutcome::TYPE_MISMATCH, segment.read("VOLTAGE_DATA_MEM", texts).outcome);
     EXPECT_EQ(Doubles{9.0}, values) << "a failure leaves the values";
     CPeerMemory memory;
     EXPECT_EQ(0U, memory.mpSharedMemory->get_num_named_objects());
