@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <exception>
 #include <iterator>
 #include <stdexcept>
 #include <thread>
@@ -154,25 +155,62 @@ sResult CPeerSegment::access(const sKey& key, Access make) const {
     }
 }
 
-template <typename Value>
-sResult CPeerSegment::read(const sKey& key, std::vector<Value>& values) const {
+template <typename Value, typename Access>
+sResult CPeerSegment::accessVector(const sKey& key, Access make) const {
     if (key.object != nullptr && key.object->element != ELEMENT<Value>) {
         return typeMismatch(*key.object);
     }
-    return access(key, [&](Segment& segment, const char* name) {
+    return access(key, make);
+}
+
+template <typename Value>
+sResult CPeerSegment::read(const sKey& key, std::vector<Value>& values) const {
+    return accessVector<Value>(key, [&](Segment& segment, const char* name) {
         return CVectorAccess<Value>::copy(segment, name, values);
     });
 }
 
 template <typename Value>
 sResult CPeerSegment::write(const sKey& key, const std::vector<Value>& values) {
-    if (key.object != nullptr && key.object->element != ELEMENT<Value>) {
-        return typeMismatch(*key.object);
-    }
-    return access(key, [&](Segment& segment, const char* name) {
+    return accessVector<Value>(key, [&](Segment& segment, const char* name) {
         auto* manager = segment.get_segment_manager();
         return CVectorAccess<Value>::assign(segment, name, values, manager, manager);
     });
+}
+
+template <typename Value>
+sResult CPeerSegment::update(const sKey& key,
+                             const std::function<void(std::vector<Value>&)>& change) {
+    std::exception_ptr thrown;  // kept apart from what the segment throws
+    const auto changeValues = [&](std::vector<Value>& values) {
+        const std::vector<Value> before = values;
+        try {
+            change(values);
+        } catch (...) {
+            thrown = std::current_exception();
+            return false;
+        }
+        return !isSame(before, values);
+    };
+    const sResult result = accessVector<Value>(key, [&](Segment& segment, const char* name) {
+        auto* manager = segment.get_segment_manager();
+        return CVectorAccess<Value>::update(segment, name, changeValues, manager, manager);
+    });
+    if (thrown != nullptr) std::rethrow_exception(thrown);
+    return result;
+}
+
+template <typename Value>
+sResult CPeerSegment::set(const sKey& key, std::size_t index,
+                          const std::common_type_t<Value>& value) {
+    std::size_t size = 0;
+    const sResult result = update<Value>(key, [&](std::vector<Value>& values) {
+        size = values.size();
+        if (index < size) values[index] = value;
+    });
+    if (!result || index < size) return result;
+    return {eOutcome::NO_ELEMENT, key.text + " has no element at index " + std::to_string(index) +
+                                      ": it holds " + std::to_string(size)};
 }
 
 sResult CPeerSegment::remove(const sKey& key) {
@@ -214,17 +252,28 @@ sResult CPeerSegment::waitForChange(const sKey& key, std::vector<Value>& values,
 }
 
 template sResult CPeerSegment::read(const sKey&, std::vector<double>&) const;
-template sResult CPeerSegment::read(const sKey&, std::vector<unsigned char>&) const;
-template sResult CPeerSegment::read(const sKey&, std::vector<std::string>&) const;
 template sResult CPeerSegment::write(const sKey&, const std::vector<double>&);
-template sResult CPeerSegment::write(const sKey&, const std::vector<unsigned char>&);
-template sResult CPeerSegment::write(const sKey&, const std::vector<std::string>&);
+template sResult CPeerSegment::update(const sKey&,
+                                      const std::function<void(std::vector<double>&)>&);
+template sResult CPeerSegment::set<double>(const sKey&, std::size_t, const double&);
 template sResult CPeerSegment::waitForChange(const sKey&, std::vector<double>&,
                                              std::chrono::milliseconds,
                                              std::chrono::milliseconds) const;
+
+template sResult CPeerSegment::read(const sKey&, std::vector<unsigned char>&) const;
+template sResult CPeerSegment::write(const sKey&, const std::vector<unsigned char>&);
+template sResult CPeerSegment::update(const sKey&,
+                                      const std::function<void(std::vector<unsigned char>&)>&);
+template sResult CPeerSegment::set<unsigned char>(const sKey&, std::size_t, const unsigned char&);
 template sResult CPeerSegment::waitForChange(const sKey&, std::vector<unsigned char>&,
                                              std::chrono::milliseconds,
                                              std::chrono::milliseconds) const;
+
+template sResult CPeerSegment::read(const sKey&, std::vector<std::string>&) const;
+template sResult CPeerSegment::write(const sKey&, const std::vector<std::string>&);
+template sResult CPeerSegment::update(const sKey&,
+                                      const std::function<void(std::vector<std::string>&)>&);
+template sResult CPeerSegment::set<std::string>(const sKey&, std::size_t, const std::string&);
 template sResult CPeerSegment::waitForChange(const sKey&, std::vector<std::string>&,
                                              std::chrono::milliseconds,
                                              std::chrono::milliseconds) const;

@@ -4,8 +4,11 @@
 #define SHARED_MEMORY_PEER_SEGMENT_H
 
 #include <chrono>
+#include <cstddef>
+#include <functional>
 #include <memory>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "shared_memory/object_directory.h"
@@ -24,7 +27,7 @@ namespace core_utils {
 // destroying it need it for themselves.
 //
 // Failure: every operation tells what came of it and why. Exceptions are std::bad_alloc for this
-// process's own memory and nothing else.
+// process's own memory, and what the function given to update() throws.
 //
 // All processes on the segment must have one word size and one version of Boost, the one that this
 // library was built with; nothing in the segment tells them apart. A program that uses
@@ -47,6 +50,7 @@ class CPeerSegment {
         LOCKED,          // another process keeps the lock: it has died with it, or stands still
         DAMAGED,         // the segment's bookkeeping is; the object may hold a part of the values
         TIME_OUT,        // no change within the limit
+        NO_ELEMENT,      // the object has no element at the index
     };
 
     struct sResult {
@@ -94,6 +98,23 @@ class CPeerSegment {
     template <typename Value>
     sResult write(const sKey& key, const std::vector<Value>& values);
 
+    // Reads, changes and writes as one access, so that of two processes that change one object at
+    // the same time neither loses the other's change. `change` gets all values of the object, none
+    // if it does not exist, and leaves in it what the object is to hold: in `update<double>(...)`,
+    // `[](std::vector<double>& values) { ... }`. Nothing is written, and no object created, if it
+    // leaves the values as they were or throws; what it throws reaches the caller.
+    //
+    // Everybody who uses the segment waits while `change` runs, the daemon included, and fails
+    // after 1 s. It must be short, wait for nothing, print nothing and not use the segment.
+    template <typename Value>
+    sResult update(const sKey& key, const std::function<void(std::vector<Value>&)>& change);
+
+    // Replaces one element: index 0 is channel 1 where elements are channels. Adds none:
+    // NO_ELEMENT if the object has no such index or does not exist. The type is always named:
+    // `set<double>("VOLTAGE_DATA_MEM", 1, 5)`. Blocks as write() does.
+    template <typename Value>
+    sResult set(const sKey& key, std::size_t index, const std::common_type_t<Value>& value);
+
     // Removes the object, also one that is no vector. Pointers into it that others keep outside the
     // lock lead nowhere from then on.
     sResult remove(const sKey& key);
@@ -112,6 +133,8 @@ class CPeerSegment {
     sResult attachTo(bool create);
     template <typename Access>
     sResult access(const sKey& key, Access make) const;
+    template <typename Value, typename Access>
+    sResult accessVector(const sKey& key, Access make) const;
 
     std::unique_ptr<sAttachment> mAttachment;
 };

@@ -127,6 +127,37 @@ void fill(SegmentVector<SegmentString>& vector, const std::vector<std::string>& 
     }
 }
 
+// These two only under the segment's lock.
+template <typename Value>
+eAccess copyValues(Segment& segment, const std::string& name, std::vector<Value>& out) {
+    const sRawObject object = findObject(segment, name);
+    if (object.address == nullptr) return eAccess::NO_OBJECT;
+    const auto* vector = object.as<SegmentVector<ElementOf<Value>>>();
+    if (vector == nullptr) return eAccess::NO_VECTOR;
+    const auto elements = elementsOf(*vector);
+    if (!isSound(segment, elements)) return eAccess::NO_VECTOR;
+    std::vector<Value> values(elements.size);
+    for (std::size_t i = 0; i < elements.size; ++i) {
+        if (!copyElement(segment, elements.first[i], values[i])) return eAccess::NO_VECTOR;
+    }
+    out = std::move(values);
+    return eAccess::DONE;
+}
+
+template <typename Value>
+eAccess assignValues(Segment& segment, const std::string& name, const std::vector<Value>& values,
+                     const SegmentAllocator<ElementOf<Value>>& elements,
+                     const SegmentAllocator<char>& characters) {
+    using Vector = SegmentVector<ElementOf<Value>>;
+    const sRawObject object = findObject(segment, name);
+    auto* vector = asWritable(segment, object.address != nullptr
+                                           ? object.as<Vector>()
+                                           : segment.construct<Vector>(name.c_str())(elements));
+    if (vector == nullptr) return eAccess::NO_VECTOR;
+    fill(*vector, values, characters);
+    return eAccess::DONE;
+}
+
 }  // namespace
 
 std::unique_ptr<Segment> attachSegment(const std::string& name, bool create) {
@@ -156,20 +187,7 @@ bool copyText(const Segment& segment, const SegmentString& text, std::string& ou
 template <typename Value>
 eAccess CVectorAccess<Value>::copy(Segment& segment, const std::string& name,
                                    std::vector<Value>& out) {
-    return withSegmentLock(segment, [&] {
-        const sRawObject object = findObject(segment, name);
-        if (object.address == nullptr) return eAccess::NO_OBJECT;
-        const auto* vector = object.as<SegmentVector<Element>>();
-        if (vector == nullptr) return eAccess::NO_VECTOR;
-        const auto elements = elementsOf(*vector);
-        if (!isSound(segment, elements)) return eAccess::NO_VECTOR;
-        std::vector<Value> values(elements.size);
-        for (std::size_t i = 0; i < elements.size; ++i) {
-            if (!copyElement(segment, elements.first[i], values[i])) return eAccess::NO_VECTOR;
-        }
-        out = std::move(values);
-        return eAccess::DONE;
-    });
+    return withSegmentLock(segment, [&] { return copyValues(segment, name, out); });
 }
 
 template <typename Value>
@@ -177,15 +195,20 @@ eAccess CVectorAccess<Value>::assign(Segment& segment, const std::string& name,
                                      const std::vector<Value>& values,
                                      const SegmentAllocator<Element>& elements,
                                      const SegmentAllocator<char>& characters) {
-    using Vector = SegmentVector<Element>;
+    return withSegmentLock(
+        segment, [&] { return assignValues(segment, name, values, elements, characters); });
+}
+
+template <typename Value>
+eAccess CVectorAccess<Value>::update(Segment& segment, const std::string& name,
+                                     const std::function<bool(std::vector<Value>&)>& change,
+                                     const SegmentAllocator<Element>& elements,
+                                     const SegmentAllocator<char>& characters) {
     return withSegmentLock(segment, [&] {
-        const sRawObject object = findObject(segment, name);
-        auto* vector = asWritable(segment, object.address != nullptr
-                                               ? object.as<Vector>()
-                                               : segment.construct<Vector>(name.c_str())(elements));
-        if (vector == nullptr) return eAccess::NO_VECTOR;
-        fill(*vector, values, characters);
-        return eAccess::DONE;
+        std::vector<Value> values;
+        if (copyValues(segment, name, values) == eAccess::NO_VECTOR) return eAccess::NO_VECTOR;
+        if (!change(values)) return eAccess::DONE;
+        return assignValues(segment, name, values, elements, characters);
     });
 }
 

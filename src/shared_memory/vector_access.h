@@ -10,6 +10,7 @@
 #include <boost/container/vector.hpp>
 #include <boost/interprocess/allocators/allocator.hpp>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -80,6 +81,13 @@ struct CVectorAccess {
     // may be left resized but only partly assigned.
     static eAccess assign(Segment& segment, const std::string& name,
                           const std::vector<Value>& values,
+                          const SegmentAllocator<Element>& elements,
+                          const SegmentAllocator<char>& characters);
+
+    // copy and assign as one access: `change` gets the object's values, none if there is no object,
+    // and what it makes of them is assigned if it returns true. It runs under the lock.
+    static eAccess update(Segment& segment, const std::string& name,
+                          const std::function<bool(std::vector<Value>&)>& change,
                           const SegmentAllocator<Element>& elements,
                           const SegmentAllocator<char>& characters);
 

@@ -4,6 +4,7 @@
 #include <signal.h>
 
 #include <cmath>
+#include <cstdlib>
 #include <filesystem>
 #include <future>
 #include <iterator>
@@ -70,6 +71,58 @@ TEST(PeerSegment, RemovingGivesTheMemoryBack) {
     memory.mpSharedMemory->find<std::ptrdiff_t>("VOLTAGE_DATA_MEM").first[1] += 65536;
     EXPECT_EQ(eOutcome::DAMAGED, segment.remove(0).outcome);
     EXPECT_TRUE(segment.write(0, Doubles{2.0}));
+}
+
+// Each process owns one channel and counts in it; what is missing at the end was lost.
+TEST(PeerSegment, TwoProcessesThatChangeOneObjectLoseNoUpdate) {
+    constexpr char ROUNDS_VARIABLE[] = "UPDATE_ROUNDS";
+    const char* wanted = std::getenv(ROUNDS_VARIABLE);
+    const double rounds = wanted != nullptr ? std::atof(wanted) : 5000;
+    const auto countIn = [rounds](std::size_t channel) {
+        return [rounds, channel](CPeerMemory&) {
+            CPeerSegment segment;
+            bool done = segment.open().outcome == eOutcome::DONE;
+            for (double round = 0; done && round < rounds; ++round) {
+                done = !!segment.update<double>("VOLTAGE_DATA_MEM", [&](Doubles& values) {
+                    values.resize(2);
+                    values[channel] += 1.0;
+                });
+            }
+            return done;
+        };
+    };
+    CPeer first(countIn(0));
+    CPeer second(countIn(1));
+    first.start();
+    EXPECT_EQ(0, second.run());
+    EXPECT_EQ(0, first.wait());
+    EXPECT_EQ((Doubles{rounds, rounds}), CPeerMemory().getDoubleVector(0));
+}
+
+TEST(PeerSegment, AnUpdateThatThrowsOrChangesNothingWritesNothing) {
+    CPeerSegment segment;
+    ASSERT_TRUE(segment.open());
+    EXPECT_TRUE(segment.update<double>(0, [](Doubles& values) { EXPECT_TRUE(values.empty()); }));
+    EXPECT_EQ(eOutcome::NO_ELEMENT, segment.set<double>(0, 0, 5).outcome);
+    CPeerMemory memory;
+    EXPECT_EQ(0U, memory.mpSharedMemory->get_num_named_objects()) << "nothing is created";
+
+    ASSERT_TRUE(segment.write(0, Doubles{NAN, 1.5}) && segment.set<double>(0, 1, 5));
+    EXPECT_EQ("VOLTAGE_DATA_MEM has no element at index 2: it holds 2",
+              segment.set<double>("VOLTAGE_DATA_MEM", 2, 7).reason);
+    const auto spoil = [](Doubles& values) {
+        values = {9.0};
+        throw std::length_error("of the caller");
+    };
+    EXPECT_THROW(segment.update<double>(0, spoil), std::length_error);
+    EXPECT_EQ(5.0, memory.getDoubleVector(0).at(1));
+
+    segment.write(24, Texts{"a", "b"});
+    EXPECT_TRUE(segment.set<std::string>(24, 1, "c"));
+    EXPECT_EQ((Texts{"a", "c"}), memory.getStringVector(24));
+    EXPECT_EQ(eOutcome::TYPE_MISMATCH, segment.set<unsigned char>(24, 1, 1).outcome);
+    memory.mpSharedMemory->construct<int>("FUSE_DATA_MEM")(1);
+    EXPECT_EQ(eOutcome::NO_VECTOR, segment.set<double>(4, 0, 1).outcome);
 }
 
 TEST(PeerSegment, WaitsForAnotherProcessAndNoLongerThanToldTo) {
