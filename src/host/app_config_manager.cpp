@@ -17,14 +17,19 @@ constexpr char NOT_STARTED[] = "ConfigSystemHandler";
 
 bool CAppConfigManager::init() {
     mMapHandlers.clear();
-    // Never freed: handlers live until the process ends. Which one is registered decides which
-    // files this process owns, and is an interface.
-    new CConfigAutoSaveHandler;
-    new CConfigPresetHandler;
-    new CConfigSystemHandler;
-    auto* devTypeHandler = new CConfigDevTypeHandler;
-    new CConfigDevVarSystemHandler;
-    mMapHandlers.emplace(devTypeHandler->mstrName, devTypeHandler);
+    // Never freed: handlers live until the process ends.
+    const struct {
+        eHandler which;
+        CAbsConfigHandler* handler;
+    } HANDLERS[] = {
+        {eHandler::AUTO_SAVE, new CConfigAutoSaveHandler},
+        {eHandler::PRESET, new CConfigPresetHandler},
+        {eHandler::SYSTEM, new CConfigSystemHandler},
+        {eHandler::DEV_TYPE, new CConfigDevTypeHandler},
+        {eHandler::DEV_VAR_SYSTEM, new CConfigDevVarSystemHandler},
+    };
+    for (const auto& [which, handler] : HANDLERS)
+        if (mRegistered.count(which) != 0) mMapHandlers.emplace(handler->mstrName, handler);
     return initHandlers();
 }
 

@@ -10,7 +10,8 @@
 int main() {
     setUpProcess();
     std::cout << "App Config Manager" << std::endl;
-    auto* registry = new CAppConfigManager;  // never freed: its handlers run to the end
+    // Never freed: its handlers run to the end.
+    auto* registry = new CAppConfigManager({APP_CONFIG_HANDLERS});
     if (!registry->init()) {
         std::puts("FAILED TO INITIALISE APP CONFIG MNGR");
     } else if (!registry->start()) {

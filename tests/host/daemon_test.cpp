@@ -1,4 +1,5 @@
 #include <filesystem>
+#include <map>
 
 #include "config/manager/hxl_config_handler.h"
 #include "host/app_config_manager.h"
@@ -175,6 +176,82 @@ TEST(Daemon, OutlivesItsTerminalAndTheReaderOfItsLinesButNotARequestToEnd) {
     EXPECT_EQ(std::nullopt, daemon.wait(milliseconds(100)));
     daemon.kill(SIGTERM);
     EXPECT_EQ(-SIGTERM, daemon.wait());
+}
+
+// Threads print at once: only the registry's own lines have an order.
+void expectOtherHandlers(CChildProcess& daemon) {
+    const std::string other = "Process COnfigHandler : Config";
+    std::string started, line;
+    while (line != "ProcessEx COnfigHandler : ConfigSystemHandler ") {
+        line = daemon.readLine().value_or("ProcessEx COnfigHandler : ConfigSystemHandler ");
+        if (line.rfind("Process", 0) == 0) started += line + '\n';
+    }
+    EXPECT_EQ(other + "AutoSaveHandler \n" + other + "DevVarSystemHandler \n" + other +
+                  "PresetSaveHandler \nProcessEx COnfigHandler : ConfigSystemHandler \n",
+              started);
+}
+
+std::map<std::string, std::string> configFiles() {
+    std::map<std::string, std::string> files;
+    for (const auto& entry : std::filesystem::directory_iterator(configPath("")))
+        files[entry.path().filename()] = readFile(entry.path());
+    return files;
+}
+
+void expectInFile(const std::string& name, const std::string& part) {
+    EXPECT_TRUE(waitUntil([&] {
+        return readFile(configPath(name)).find(part) != std::string::npos;
+    })) << part;
+}
+
+// Changes an item and a preset as a peer does, once all of both is published, and waits until the
+// file has the preset.
+void changeItemAndPreset(const Doubles& item, int preset) {
+    CPeerMemory memory;
+    const int numbers = 30 + 2 * preset;
+    EXPECT_TRUE(waitUntil(
+        [&] { return !memory.getStringVector(25).empty() && !memory.getByteVector(41).empty(); }));
+    Doubles values = memory.getDoubleVector(numbers);
+    values.at(0) = preset;
+    EXPECT_TRUE(memory.setDoubleVector(0, item) && memory.setDoubleVector(numbers, values));
+    const std::string line = "\nVoltageSet=" + std::to_string(preset) + ".000000,20.000000\n";
+    expectInFile("conf_preset.cfg", line);
+}
+
+TEST(DaemonWithAllHandlers, KeepsItsFilesOverAKillAndLeavesThoseOfTheFactoryAlone) {
+    std::filesystem::copy(TEST_DEPLOY_DIR + configPath(""), configPath(""));
+    writeFile(PATH, FILE_HEAD + "UNKNOWN\n");
+    auto expected = configFiles();
+    CChildProcess daemon({APP_CONFIG_MANAGER_ALL});
+    expectLines(daemon, BANNER);
+    awaitPolling(daemon);
+    EXPECT_EQ(expected, configFiles()) << "nothing else before the identity is known";
+    publishIdentity();
+    expectLines(daemon, RECORDING + IDENTITY);
+    expectOtherHandlers(daemon);
+    changeItemAndPreset({12, 34}, 3);
+    for (const char* part : {"STATE=1\n", "VOL_LVL=12.000000,34.000000\n", "CUR_LVL=2.030000\n"})
+        expectInFile("conf_auto_save.cfg", part);
+    CPeerMemory memory;
+    EXPECT_TRUE(waitUntil([&] { return memory.getDoubleVector(28).size() == 8; }));
+    EXPECT_EQ(Doubles(), memory.getDoubleVector(29)) << "the system handler never starts";
+    daemon.kill(SIGKILL);
+    daemon.wait();
+    auto files = configFiles();
+    for (const char* name : {"conf_auto_save.cfg", "conf_preset.cfg", "devtype_info.cfg"})
+        expected[name] = files[name];
+    EXPECT_EQ(expected, files) << "the others belong to the factory";
+
+    unlink(SEGMENT);
+    CChildProcess next({APP_CONFIG_MANAGER_ALL});
+    expectLines(next, BANNER + IDENTITY);
+    expectOtherHandlers(next);
+    CPeerMemory after;
+    EXPECT_TRUE(waitUntil([&] { return after.getDoubleVector(0) == Doubles{12, 34}; }));
+    changeItemAndPreset({5, 5}, 4);
+    EXPECT_EQ(3, after.getDoubleVector(36).at(0));
+    files["conf_preset.cfg"] = readFile(configPath("conf_preset.cfg"));
+    EXPECT_EQ(files, configFiles()) << "an item that was loaded as saved is not followed";
 }
 
 // Both attach at the same moment, to no segment, and use the same text from then on.
