@@ -20,7 +20,6 @@ constexpr std::uint32_t LAST_UNFINISHED_STATE = 1;
 // What may stand before the part of the segment that its header counts, in bytes.
 constexpr std::size_t LARGEST_PREFIX = 4096;
 constexpr int CREATOR_PATIENCE_MS = 1000;
-constexpr char SHARED_MEMORY_FOLDER[] = "/dev/shm";
 
 // An open descriptor of the segment's memory object, or none.
 class CSegmentFile {
@@ -75,18 +74,6 @@ void requireRoom(std::size_t size) {
     if (space.f_bavail * space.f_bsize < size) throw std::runtime_error("no room to create it");
 }
 
-// Not posix_fallocate(): where the file system cannot reserve, a C library may write zeros instead,
-// over what peers store at that moment. Such a file system has no limit to run into either.
-void reservePages(const CSegmentFile& file) {
-    int result = 0;
-    do {
-        result = fallocate(file.descriptor(), 0, 0, static_cast<off_t>(file.size()));
-    } while (result != 0 && errno == EINTR);
-    if (result != 0 && errno != EOPNOTSUPP) {
-        throw std::runtime_error("no room for all of its pages");
-    }
-}
-
 }  // namespace
 
 std::string memoryObjectName(const std::string& segment) {
@@ -111,7 +98,19 @@ void checkAfterAttaching(const std::string& name, std::size_t size) {
     if (!file.exists() || file.size() < size || file.size() - size > LARGEST_PREFIX) {
         throw std::runtime_error("its header says another size");
     }
-    reservePages(file);
+    reservePages(file.descriptor(), file.size());
+}
+
+// Not posix_fallocate(): where the file system cannot reserve, a C library may write zeros instead,
+// over what peers store at that moment. Such a file system has no limit to run into either.
+void reservePages(int descriptor, std::size_t size) {
+    int result = 0;
+    do {
+        result = fallocate(descriptor, 0, 0, static_cast<off_t>(size));
+    } while (result != 0 && errno == EINTR);
+    if (result != 0 && errno != EOPNOTSUPP) {
+        throw std::runtime_error("no room for all of its pages");
+    }
 }
 
 }  // namespace core_utils

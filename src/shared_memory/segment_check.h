@@ -9,6 +9,8 @@
 
 namespace core_utils {
 
+inline constexpr char SHARED_MEMORY_FOLDER[] = "/dev/shm";
+
 std::string memoryObjectName(const std::string& segment);
 
 // Tells one memory object from another that comes to have its name; 0 if none has it.
@@ -24,6 +26,10 @@ void checkBeforeAttaching(const std::string& name, std::size_t size);
 // would end in SIGBUS. What a peer cuts off while the segment is attached still does. Throws
 // std::runtime_error if the sizes differ or memory is short.
 void checkAfterAttaching(const std::string& name, std::size_t size);
+
+// Gives the `size` bytes of an open memory object their memory, where the file system can run out
+// of it. Throws std::runtime_error if it is short.
+void reservePages(int descriptor, std::size_t size);
 
 }  // namespace core_utils
 

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "shared_memory/segment_check.h"
+#include "shared_memory/segment_creation.h"
 
 namespace boost {
 
@@ -27,7 +28,6 @@ namespace bip = boost::interprocess;
 namespace {
 
 constexpr std::size_t SEGMENT_SIZE = 0x140000;  // bytes
-constexpr int SEGMENT_PERMISSIONS = 0644;
 
 // True if all `bytes` from `first` on lie inside the segment. Peers may leave anything in an
 // object; a pointer is followed only after this.
@@ -162,6 +162,7 @@ eAccess assignValues(Segment& segment, const std::string& name, const std::vecto
 
 std::unique_ptr<Segment> attachSegment(const std::string& name, bool create) {
     const std::string memoryName = memoryObjectName(name);
+    if (create) createSegment(memoryName, SEGMENT_SIZE);
     checkBeforeAttaching(memoryName, create ? SEGMENT_SIZE : 0);
     auto segment = create
                        ? std::make_unique<Segment>(bip::open_or_create, name.c_str(), SEGMENT_SIZE,
