@@ -123,17 +123,16 @@ bool CSharedMemory::setVector(int id, const std::vector<Value>& values) {
 
 template <typename Value>
 bool CSharedMemory::readVector(const std::string& name, std::vector<Value>& out) {
-    if (mpSharedMemory == nullptr) return false;
-    try {
-        std::vector<Value> values;
-        if (CVectorAccess<Value>::copy(*mpSharedMemory, name, values) != eAccess::DONE)
-            return false;
-        if (!values.empty()) out = std::move(values);
-        return true;
-    } catch (...) {
-        std::puts(sTexts<Value>::READ_FAILED);
-        return false;
-    }
+    std::vector<Value> values;
+    const bool read = visitObject<Value>(
+        name, [&](std::size_t, const auto& element) { values.emplace_back(element); });
+    if (read && !values.empty()) out = std::move(values);
+    return read;
+}
+
+template <typename Value>
+void CSharedMemory::printReadFailure() {
+    std::puts(sTexts<Value>::READ_FAILED);
 }
 
 template <typename Value>
@@ -159,6 +158,9 @@ template bool CSharedMemory::readVector(const std::string&, std::vector<std::str
 template bool CSharedMemory::writeVector(const std::string&, const std::vector<double>&);
 template bool CSharedMemory::writeVector(const std::string&, const std::vector<unsigned char>&);
 template bool CSharedMemory::writeVector(const std::string&, const std::vector<std::string>&);
+template void CSharedMemory::printReadFailure<double>();
+template void CSharedMemory::printReadFailure<unsigned char>();
+template void CSharedMemory::printReadFailure<std::string>();
 
 bool CSharedMemory::readIntVal(unsigned int& out) {
     return changeAlone(mpSharedMemory, [&] {
@@ -181,7 +183,8 @@ bool CSharedMemory::readStrVal(std::string& out) {
     return changeAlone(mpSharedMemory, [&] {
         const auto* text =
             findObject(*mpSharedMemory, mstrSharedMemName + STR_VAL_SUFFIX).as<SegmentString>();
-        return text != nullptr && copyText(*mpSharedMemory, *text, out);
+        return text != nullptr &&
+               visitElement(*mpSharedMemory, *text, [&](std::string_view view) { out = view; });
     });
 }
 

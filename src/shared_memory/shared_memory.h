@@ -36,6 +36,13 @@ class CSharedMemory {
     template <typename Value>
     bool setVector(int id, const std::vector<Value>& values);
 
+    // Calls `visit(index, element)` for each element of the object in place, without a copy: a text
+    // is a std::string_view that is valid in the call alone. False, and what was visited does not
+    // count, where readVector() fails. `visit` runs under the segment's lock and this instance's:
+    // it must not print, wait or access the segment.
+    template <typename Value, typename Visit>
+    bool visitVector(int id, Visit visit);
+
     // Attaches this process to the segment `name`. On failure the handles stay as they were.
     static bool open(const std::string& name, bool removeFirst);
 
@@ -97,10 +104,32 @@ class CSharedMemory {
   private:
     template <typename Element>
     static const SegmentAllocator<Element>& allocatorOf();
+    template <typename Value, typename Visit>
+    static bool visitObject(const std::string& name, Visit visit);
+    template <typename Value>
+    static void printReadFailure();
 
     std::map<int, std::string> mMapObjects;
     std::mutex mMutex;
 };
+
+template <typename Value, typename Visit>
+bool CSharedMemory::visitVector(int id, Visit visit) {
+    const std::lock_guard<std::mutex> lock(mMutex);
+    const auto object = mMapObjects.find(id);
+    return object != mMapObjects.end() && visitObject<Value>(object->second, visit);
+}
+
+template <typename Value, typename Visit>
+bool CSharedMemory::visitObject(const std::string& name, Visit visit) {
+    if (mpSharedMemory == nullptr) return false;
+    try {
+        return CVectorAccess<Value>::visit(*mpSharedMemory, name, visit) == eAccess::DONE;
+    } catch (...) {
+        printReadFailure<Value>();
+        return false;
+    }
+}
 
 }  // namespace core_utils
 

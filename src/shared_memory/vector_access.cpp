@@ -29,37 +29,6 @@ namespace {
 
 constexpr std::size_t SEGMENT_SIZE = 0x140000;  // bytes
 
-// True if all `bytes` from `first` on lie inside the segment. Peers may leave anything in an
-// object; a pointer is followed only after this.
-bool isInside(const Segment& segment, const void* first, std::size_t bytes) {
-    const auto base = reinterpret_cast<std::uintptr_t>(segment.get_address());
-    const auto begin = reinterpret_cast<std::uintptr_t>(first);
-    const std::size_t size = segment.get_size();
-    return begin >= base && bytes <= size && begin - base <= size - bytes;
-}
-
-// Where a vector's elements or a text's characters lie, taken once: peers may change the object
-// between a check and its use.
-template <typename T>
-struct sElements {
-    const T* first;
-    std::size_t size;
-    std::size_t capacity;
-};
-
-template <typename Object>
-sElements<typename Object::value_type> elementsOf(const Object& object) {
-    return {object.data(), object.size(), object.capacity()};
-}
-
-template <typename T>
-bool isSound(const Segment& segment, const sElements<T>& elements) {
-    if (elements.capacity == 0) return elements.size == 0 && elements.first == nullptr;
-    return elements.size <= elements.capacity &&
-           elements.capacity <= segment.get_size() / sizeof(T) &&
-           isInside(segment, elements.first, elements.capacity * sizeof(T));
-}
-
 // True if the object can grow without leaving the segment: it allocates there.
 template <typename Object>
 bool isWritable(const Segment& segment, const Object& object) {
@@ -102,15 +71,6 @@ Blocks blocksOf(const sElements<SegmentString>& texts) {
     return blocks;
 }
 
-bool copyElement(const Segment& segment, const SegmentString& element, std::string& value) {
-    return copyText(segment, element, value);
-}
-template <typename T>
-bool copyElement(const Segment&, T element, T& value) {
-    value = element;
-    return true;
-}
-
 template <typename T>
 void fill(SegmentVector<T>& vector, const std::vector<T>& values, const SegmentAllocator<char>&) {
     vector.resize(values.size());
@@ -130,18 +90,11 @@ void fill(SegmentVector<SegmentString>& vector, const std::vector<std::string>& 
 // These two only under the segment's lock.
 template <typename Value>
 eAccess copyValues(Segment& segment, const std::string& name, std::vector<Value>& out) {
-    const sRawObject object = findObject(segment, name);
-    if (object.address == nullptr) return eAccess::NO_OBJECT;
-    const auto* vector = object.as<SegmentVector<ElementOf<Value>>>();
-    if (vector == nullptr) return eAccess::NO_VECTOR;
-    const auto elements = elementsOf(*vector);
-    if (!isSound(segment, elements)) return eAccess::NO_VECTOR;
-    std::vector<Value> values(elements.size);
-    for (std::size_t i = 0; i < elements.size; ++i) {
-        if (!copyElement(segment, elements.first[i], values[i])) return eAccess::NO_VECTOR;
-    }
-    out = std::move(values);
-    return eAccess::DONE;
+    std::vector<Value> values;
+    const eAccess result = visitElements<Value>(
+        segment, name, [&](std::size_t, const auto& element) { values.emplace_back(element); });
+    if (result == eAccess::DONE) out = std::move(values);
+    return result;
 }
 
 template <typename Value>
@@ -178,11 +131,11 @@ sRawObject findObject(Segment& segment, const std::string& name) {
     return {address, size};
 }
 
-bool copyText(const Segment& segment, const SegmentString& text, std::string& out) {
-    const auto characters = elementsOf(text);
-    if (!isSound(segment, characters)) return false;
-    out.assign(characters.first, characters.size);
-    return true;
+bool isInside(const Segment& segment, const void* first, std::size_t bytes) {
+    const auto base = reinterpret_cast<std::uintptr_t>(segment.get_address());
+    const auto begin = reinterpret_cast<std::uintptr_t>(first);
+    const std::size_t size = segment.get_size();
+    return begin >= base && bytes <= size && begin - base <= size - bytes;
 }
 
 template <typename Value>

@@ -13,6 +13,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "shared_memory/segment_lock.h"
@@ -62,17 +63,81 @@ struct sRawObject {
     }
 };
 
-// These two only under the segment's lock. False for a text that leaves the segment.
+// True if all `bytes` from `first` on lie inside the segment. Peers may leave anything in an
+// object; a pointer is followed only after this.
+bool isInside(const Segment& segment, const void* first, std::size_t bytes);
+
+// Where a vector's elements or a text's characters lie, taken once: peers may change the object
+// between a check and its use.
+template <typename T>
+struct sElements {
+    const T* first;
+    std::size_t size;
+    std::size_t capacity;
+};
+
+template <typename Object>
+sElements<typename Object::value_type> elementsOf(const Object& object) {
+    return {object.data(), object.size(), object.capacity()};
+}
+
+template <typename T>
+bool isSound(const Segment& segment, const sElements<T>& elements) {
+    if (elements.capacity == 0) return elements.size == 0 && elements.first == nullptr;
+    return elements.size <= elements.capacity &&
+           elements.capacity <= segment.get_size() / sizeof(T) &&
+           isInside(segment, elements.first, elements.capacity * sizeof(T));
+}
+
+// Calls `visit` with an element where it lies: a number, or the std::string_view of a text. False,
+// and no call, for a text that leaves the segment.
+template <typename Visit>
+bool visitElement(const Segment& segment, const SegmentString& text, Visit visit) {
+    const auto characters = elementsOf(text);
+    if (!isSound(segment, characters)) return false;
+    visit(std::string_view(characters.first, characters.size));
+    return true;
+}
+template <typename T, typename Visit>
+bool visitElement(const Segment&, const T& number, Visit visit) {
+    visit(number);
+    return true;
+}
+
+// This and visitElements() only under the segment's lock.
 sRawObject findObject(Segment& segment, const std::string& name);
-bool copyText(const Segment& segment, const SegmentString& text, std::string& out);
 
 // NO_VECTOR: what stands under the name cannot be a vector of such elements inside the segment.
 enum class eAccess { DONE, NO_OBJECT, NO_VECTOR };
+
+template <typename Value, typename Visit>
+eAccess visitElements(Segment& segment, const std::string& name, Visit visit) {
+    const sRawObject object = findObject(segment, name);
+    if (object.address == nullptr) return eAccess::NO_OBJECT;
+    const auto* vector = object.as<SegmentVector<ElementOf<Value>>>();
+    if (vector == nullptr) return eAccess::NO_VECTOR;
+    const auto elements = elementsOf(*vector);
+    if (!isSound(segment, elements)) return eAccess::NO_VECTOR;
+    for (std::size_t i = 0; i < elements.size; ++i) {
+        const bool visited = visitElement(segment, elements.first[i],
+                                          [&](const auto& element) { visit(i, element); });
+        if (!visited) return eAccess::NO_VECTOR;
+    }
+    return eAccess::DONE;
+}
 
 // Whole vectors of a `Value` by the object's name. Each operation runs alone.
 template <typename Value>
 struct CVectorAccess {
     using Element = ElementOf<Value>;
+
+    // Calls `visit(index, element)` for each element in place, under the lock: what
+    // withSegmentLock() forbids, it must not do, and it must not keep a text's view. Without DONE
+    // it may have been called for some elements, so that what it has gathered does not count.
+    template <typename Visit>
+    static eAccess visit(Segment& segment, const std::string& name, Visit visit) {
+        return withSegmentLock(segment, [&] { return visitElements<Value>(segment, name, visit); });
+    }
 
     // `out` changes only with DONE, and then holds exactly what the object does.
     static eAccess copy(Segment& segment, const std::string& name, std::vector<Value>& out);
