@@ -1,5 +1,6 @@
 #include "storage/file_system.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -15,7 +16,7 @@ namespace core_utils {
 namespace {
 
 constexpr std::size_t MAX_PATH_LENGTH = 255;
-constexpr std::int64_t MAX_COPY_SIZE = 0x7FFFFFFF;  // bytes; what the 32-bit boards can address
+constexpr std::int64_t MAX_COPY_SIZE = 0x7FFFFFFF;  // bytes: the limit of a block on 32-bit boards
 constexpr std::string_view SEPARATORS = "/\\";
 
 struct sCloser {
@@ -23,8 +24,13 @@ struct sCloser {
 };
 using Stream = std::unique_ptr<std::FILE, sCloser>;
 
-Stream openStream(const std::string& path, const char* mode) {
-    return Stream(fopen(path.c_str(), mode));
+// As fopen(), but does not wait for the other end of a FIFO.
+Stream openStream(const std::string& path, int flags, const char* mode) {
+    const int descriptor = ::open(path.c_str(), flags | O_NONBLOCK | O_CLOEXEC, 0666);
+    if (descriptor < 0) return nullptr;
+    Stream stream(fdopen(descriptor, mode));
+    if (stream == nullptr) ::close(descriptor);
+    return stream;
 }
 
 // A file's contents in one block.
@@ -34,7 +40,7 @@ struct sBlock {
 };
 
 bool readWhole(const std::string& path, sBlock& block) {
-    const Stream stream = openStream(path, "r");
+    const Stream stream = openStream(path, O_RDONLY, "r");
     struct stat status {};
     if (stream == nullptr || fstat(fileno(stream.get()), &status) != 0) return false;
     if (!S_ISREG(status.st_mode) || status.st_size > MAX_COPY_SIZE) return false;
@@ -64,12 +70,12 @@ bool CFileSystem::removeDirectory(const std::string& path) {
 
 bool CFileSystem::copyFile(const std::string& source, const std::string& destination,
                            bool failIfExists) {
-    // Before the destination is opened, and so emptied: it may be the source.
+    // First of all: opening the destination empties it, and it may be the source.
     sBlock block;
     if (!readWhole(source, block)) return false;
-    if (failIfExists && openStream(destination, "r") != nullptr) return false;
+    if (failIfExists && openStream(destination, O_RDONLY, "r") != nullptr) return false;
 
-    Stream target = openStream(destination, "w+b");
+    Stream target = openStream(destination, O_RDWR | O_CREAT | O_TRUNC, "w+b");
     if (target == nullptr) return false;
     const bool written = std::fwrite(block.pData.get(), 1, block.size, target.get()) == block.size;
     const bool closed = std::fclose(target.release()) == 0;

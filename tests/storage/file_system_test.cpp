@@ -18,14 +18,15 @@ using support::writeFile;
 const std::string ROOT = "/dev/shm/";  // empty for each test
 
 TEST(FileSystem, CopyRefusesCleanlyAndLeavesTheDestinationAlone) {
-    ASSERT_EQ(0, chdir(ROOT.c_str()));
+    alarm(60);  // ends the program if a FIFO makes it wait
+    ASSERT_EQ(0, chdir(ROOT.c_str()) + mkfifo("fifo", 0600));
     EXPECT_TRUE(CFileSystem::makeDirectory("dir"));
     EXPECT_TRUE(CFileSystem::makeDirectory("dir")) << "it exists already";
     const int huge = open("huge", O_CREAT | O_WRONLY, 0600);
     ASSERT_EQ(0, ftruncate(huge, off_t{3} << 30));
     close(huge);
     writeFile("old", "old");
-    for (const char* source : {"none", "dir", "/proc", "huge"}) {
+    for (const char* source : {"none", "dir", "/proc", "huge", "fifo"}) {
         EXPECT_FALSE(CFileSystem::copyFile(source, "old", false)) << source;
         EXPECT_EQ("old", readFile("old")) << source;
     }
@@ -33,6 +34,7 @@ TEST(FileSystem, CopyRefusesCleanlyAndLeavesTheDestinationAlone) {
     writeFile("new", bytes);
     EXPECT_FALSE(CFileSystem::copyFile("new", "old", true));
     EXPECT_EQ("old", readFile("old"));
+    EXPECT_FALSE(CFileSystem::copyFile("new", "fifo", true));
     EXPECT_FALSE(CFileSystem::copyFile("new", "/dev/full", false));
     EXPECT_TRUE(CFileSystem::copyFile("new", "new", false));
     EXPECT_TRUE(CFileSystem::copyFile("new", "created", true));
