@@ -1,4 +1,4 @@
-// The base of a service inside the process: a queue, an event manager on it and a worker.
+// The base of a service inside the process: a work queue, an event manager and a worker thread.
 #ifndef FRAMEWORK_APPLICATION_H
 #define FRAMEWORK_APPLICATION_H
 
@@ -13,12 +13,12 @@
 
 namespace app {
 
-// Owns the three; start() makes them anew and destruction joins the worker. What is still queued
-// at that moment is not delivered.
+// Owns the queue, the event manager and the worker. start() creates all three anew. The destructor
+// joins the worker; events that are still queued then are never delivered.
 //
-// Any thread may call publish(), subscribe(), unsubscribe(), forwardToEvtMgr() and getWorkQueue(),
-// which fail before start(). All else, destruction too, belongs to one controlling thread, which
-// is not the worker's.
+// Any thread may call publish(), subscribe(), unsubscribe(), forwardToEvtMgr() and getWorkQueue().
+// They fail before start(). One controlling thread, which must not be the worker's, calls all other
+// operations and destroys the object.
 class CApplication {
   public:
     explicit CApplication(std::string name);
@@ -26,23 +26,25 @@ class CApplication {
     CApplication& operator=(const CApplication&) = delete;
     virtual ~CApplication();
 
-    // Forwarded to the event manager; core::IEvtPublisher says what they return.
+    // Publishes through the event manager. The results of these operations are those of
+    // core::IEvtPublisher.
     virtual bool publish(std::shared_ptr<core::CEvent> event);
-    // Keeps the handler alive as long as the application; it is not subscribed by that.
+    // Keeps the handler alive as long as the application. Does not subscribe it.
     virtual void registerHandler(std::shared_ptr<core::IEvtHandler> handler);
     virtual bool subscribe(std::uint32_t eventId, std::shared_ptr<core::IEvtHandler> handler);
     virtual bool unsubscribe(std::uint32_t eventId, std::shared_ptr<core::IEvtHandler> handler);
-    // Removes every subscription of the handler.
+    // Removes all subscriptions of the handler.
     virtual bool forwardToEvtMgr(std::shared_ptr<core::IEvtHandler> handler);
 
-    // Creates queue, event manager and worker, then starts the worker. Earlier subscriptions go
-    // with the earlier event manager. False, with a message, if a piece could not be had.
+    // Creates the queue, the event manager and the worker, then starts the worker. A second start()
+    // loses all subscriptions, because they belong to the old event manager. Returns false and
+    // prints a message if one of the three cannot be created or started.
     bool start();
 
-    // Joins the worker and returns the result of its stop(), which is always false.
+    // Joins the worker. Returns the result of CWorker::stop(), which is always false.
     bool stop();
 
-    // Null, with a message, before start().
+    // Before start(), returns null and prints a message.
     std::shared_ptr<core_utils::CWorkQueue> getWorkQueue() const;
 
     void setParameter(std::uint32_t parameter) { muiParameter = parameter; }
@@ -50,12 +52,13 @@ class CApplication {
     const std::string& getName() const { return mstrName; }
 
   protected:
-    // The steps of start(), for a derived application to replace. Null on failure.
+    // The steps of start(). A derived class may override them. They return null on failure.
     virtual std::shared_ptr<core_utils::CWorkQueue> createWorkQueue();
     virtual std::shared_ptr<core::CEvtMgr> createEvtMgr();
     virtual std::shared_ptr<core_utils::CWorker> createWorker();
 
-    // Silent stop(), for the destructor of a derived class whose members its handlers use.
+    // As stop(), but prints nothing. A derived class whose handlers use its members calls it in its
+    // own destructor.
     bool stopWorker();
 
   private:
@@ -63,7 +66,7 @@ class CApplication {
 
     std::string mstrName;
     std::uint32_t muiParameter = 0;
-    // These two are replaced while other threads publish: access is atomic.
+    // start() replaces these two while other threads publish: use std::atomic_load and _store.
     std::shared_ptr<core_utils::CWorkQueue> mpWorkQueue;
     std::shared_ptr<core::CEvtMgr> mpEvtMgr;
     std::shared_ptr<core_utils::CWorker> mpWorker;

@@ -1,4 +1,4 @@
-// What travels through the event manager.
+// The base of all events that the event manager delivers.
 #ifndef FRAMEWORK_EVENT_H
 #define FRAMEWORK_EVENT_H
 
@@ -7,14 +7,14 @@
 
 namespace core {
 
-// Shared by all handlers that it is delivered to, on several threads perhaps: constant once
-// published.
+// All handlers of an event share it, possibly on several threads. Nobody may change an event after
+// it was published.
 class CEvent {
   public:
     CEvent(std::uint32_t eventId, std::uint32_t type) : muiEventId(eventId), muiType(type) {}
     virtual ~CEvent() = default;
 
-    // Null without memory.
+    // Returns a copy, or null if there is no memory for it.
     virtual std::unique_ptr<CEvent> clone() const = 0;
 
     std::uint32_t getEventId() const { return muiEventId; }

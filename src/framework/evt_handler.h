@@ -1,4 +1,4 @@
-// The receiving end of the event manager.
+// The interface of a subscriber of the event manager.
 #ifndef FRAMEWORK_EVT_HANDLER_H
 #define FRAMEWORK_EVT_HANDLER_H
 
@@ -9,18 +9,18 @@
 
 namespace core {
 
-// Shared between the event manager and the deliveries under way: a handler can still be called
-// for a moment after it was unsubscribed, and lives as long.
+// The event manager and all queued deliveries share ownership of a handler. A delivery that was
+// queued before the handler was unsubscribed still calls it.
 class IEvtHandler {
   public:
-    // Called on the worker thread of the handler's queue, for one event at a time, in the order
-    // of publishing. Must not throw.
+    // Called on the worker thread of the handler's queue, for one event at a time, in the order in
+    // which the events were published. Must not throw.
     virtual void handleEvent(const std::shared_ptr<CEvent>& event) = 0;
 
     virtual ~IEvtHandler() = default;
 
-    // The queue that the handler's events go to; null for the event manager's own. Called on
-    // the publisher's thread.
+    // Returns the queue for this handler's events, or null for the event manager's default queue.
+    // Called on the publisher's thread.
     virtual std::shared_ptr<core_utils::CWorkQueue> getWorkQueue() { return nullptr; }
 };
 

@@ -11,7 +11,7 @@ namespace core {
 
 namespace {
 
-// One delivery. A queue that refuses leaves the item here, where it is deleted.
+// Queues one delivery. An item that the queue refuses is deleted here.
 bool deliver(const std::shared_ptr<IEvtHandler>& handler, const std::shared_ptr<CEvent>& event,
              core_utils::CWorkQueue* queue) {
     std::unique_ptr<CEvtWorkItem> item;

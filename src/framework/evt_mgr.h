@@ -12,9 +12,9 @@
 
 namespace core {
 
-// Turns each published event into one work item per subscription, so that a publisher never
-// runs a handler. Shares ownership of the subscribed handlers and of the default queue. Its
-// mutex guards the table alone and is not held while work is queued.
+// Queues one work item per subscription for each published event, so a publisher never runs a
+// handler. Shares ownership of the subscribed handlers and of the default queue. Its mutex guards
+// the subscription table and is not held while items are queued.
 class CEvtMgr : public IEvtPublisher {
   public:
     explicit CEvtMgr(std::shared_ptr<core_utils::CWorkQueue> workQueue);

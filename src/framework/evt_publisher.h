@@ -1,4 +1,4 @@
-// What publishers and subscribers see of the event manager.
+// The interface of the event manager for publishers and subscribers.
 #ifndef FRAMEWORK_EVT_PUBLISHER_H
 #define FRAMEWORK_EVT_PUBLISHER_H
 
@@ -9,23 +9,25 @@
 
 namespace core {
 
-// Any thread may call any operation; none runs handler code other than getWorkQueue().
+// Any thread may call any operation. Of a handler they call getWorkQueue() only.
 class IEvtPublisher {
   public:
     virtual ~IEvtPublisher() = default;
 
-    // Queues one delivery per subscription, on the handler's queue or else the default one.
-    // True if every one was queued; false also if nobody is subscribed.
+    // Queues one delivery per subscription, on the handler's own queue if it has one, otherwise on
+    // the default queue. Returns true if all were queued. Returns false if nobody is subscribed.
     virtual bool publish(std::shared_ptr<CEvent> event) = 0;
 
-    // The same with all deliveries on `queue`; null chooses as above.
+    // As above, but puts all deliveries on `queue` unless it is null.
     virtual bool publish(std::shared_ptr<CEvent> event,
                          std::shared_ptr<core_utils::CWorkQueue> queue) = 0;
 
-    // Adds one subscription; a handler that has two gets every event twice. False for null.
+    // Adds one subscription. A handler with two subscriptions gets every event twice. Returns false
+    // for a null handler.
     virtual bool subscribe(std::uint32_t eventId, std::shared_ptr<IEvtHandler> handler) = 0;
 
-    // Removes the handler's subscriptions to one identifier, or to all. True if there were any.
+    // Removes the handler's subscriptions to one event identifier, or to all. Returns true if there
+    // was at least one.
     virtual bool unsubscribe(std::uint32_t eventId, std::shared_ptr<IEvtHandler> handler) = 0;
     virtual bool unsubscribeAll(std::shared_ptr<IEvtHandler> handler) = 0;
 };

@@ -10,7 +10,7 @@
 
 namespace core {
 
-// Made by the event manager. Keeps handler and event alive until the delivery is done.
+// Created by the event manager. Keeps the handler and the event alive until the delivery is done.
 class CEvtWorkItem : public core_utils::IWorkItem {
   public:
     CEvtWorkItem(std::shared_ptr<IEvtHandler> handler, std::shared_ptr<CEvent> event)

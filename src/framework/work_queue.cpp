@@ -39,8 +39,9 @@ bool CWorkQueue::pushWork(IWorkItem* item) {
 
 bool CWorkQueue::popWork(IWorkItem*& out) {
     const std::lock_guard lock(mMutex);
-    // Empty polls count too: how the limit loosens while the queue is idle is an interface.
-    // The floor is reached after some two days of polling; a wrap would shut the queue for good.
+    // Pops of an empty queue count too: other programs rely on the limit that grows while idle.
+    // After about two days of polling the count reaches its minimum. If it wrapped around there,
+    // the queue would refuse all work from then on.
     if (miWorkCount > std::numeric_limits<std::int32_t>::min()) --miWorkCount;
     if (mpWorkItems == nullptr || mpWorkItems->empty()) return false;
     out = mpWorkItems->front();

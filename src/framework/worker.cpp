@@ -16,7 +16,7 @@ bool CWorker::start() {
         std::printf("thread alread started \n");
         return false;
     }
-    // After requestStop() alone the thread has left its loop, but nobody has joined it yet.
+    // A thread that ended after requestStop() alone is not joined yet.
     CAbsWorkerThread::stop();
     mbStopRequested = false;
     mbStarted = true;

@@ -1,4 +1,4 @@
-// The thread that works a queue off.
+// The thread that executes the items of a work queue.
 #ifndef FRAMEWORK_WORKER_H
 #define FRAMEWORK_WORKER_H
 
@@ -13,23 +13,24 @@ namespace core_utils {
 
 // Polls its queue and executes at most one item per period, on its own thread.
 //
-// Shares ownership of the queue, so that a running thread never outlives it. start(), stop() and
-// the destruction belong to one controlling thread, which is never the worker's own; anybody may
-// call requestStop().
+// Shares ownership of the queue, so the queue lives at least as long as the thread. One controlling
+// thread, which must not be the worker's own, calls start() and stop() and destroys the object. Any
+// thread may call requestStop().
 class CWorker final : public CAbsWorkerThread {
   public:
-    // A period of 0 polls without a pause. `queue` must not be null.
+    // With a period of 0 the thread polls without a pause. `queue` must not be null.
     CWorker(std::shared_ptr<CWorkQueue> queue, std::uint32_t pollPeriodMicros);
 
-    // Joins: nothing below this class would.
+    // Stops and joins the thread; the base class would not.
     ~CWorker() { CAbsWorkerThread::stop(); }
 
-    // Hides the base's. False, with a message, if the thread runs; false if the system has no
-    // thread to give. A worker that was stopped can be started again.
+    // Hides the start() of the base class. Returns false and prints a message if the thread is
+    // running; returns false if the system cannot create a thread. A stopped worker can be started
+    // again.
     bool start();
 
-    // Returns when the thread has ended: after the current item and one period at most. Items
-    // still queued stay queued. Always false: that result is an interface.
+    // Blocks until the thread has ended: at most for the current item and one period. Queued items
+    // stay queued. Always returns false; other programs rely on that result.
     bool stop();
 
     void requestStop() override;

@@ -1,4 +1,4 @@
-// The base of everything in this process that runs a thread of its own.
+// The base of every class with a thread of its own.
 #ifndef FRAMEWORK_WORKER_THREAD_H
 #define FRAMEWORK_WORKER_THREAD_H
 
@@ -6,11 +6,10 @@
 
 namespace core_utils {
 
-// Owns one operating-system thread whose body is the derived object's run().
+// Owns one operating-system thread that executes run() of the derived class.
 //
-// start() and stop() belong to one controlling thread. The destructor does not join: whoever
-// destroys a started worker calls stop() first, in the most derived class, while run() still
-// exists.
+// One controlling thread calls start() and stop(). The destructor does not join the thread: the
+// most derived class must call stop() before it is destroyed, while run() still exists.
 class CAbsWorkerThread {
   public:
     CAbsWorkerThread() = default;
@@ -20,28 +19,28 @@ class CAbsWorkerThread {
     // The thread body.
     virtual void run() = 0;
 
-    // Asks the body to end; returns at once. The body notices at its next poll.
+    // Asks the thread body to end and returns at once. The body notices it at its next poll.
     virtual void requestStop() = 0;
 
-    // Starts the thread. Non-zero on success; 0, and nothing done, if there is one already.
-    // Throws std::system_error when the system has no thread to give.
+    // Starts the thread and returns non-zero. Returns 0 and does nothing if there is a thread
+    // already. Throws std::system_error if the system cannot create a thread.
     int start();
 
-    // Requests the stop and blocks until the body has returned; nothing to do when not started.
+    // Calls requestStop() and blocks until the body has returned. Does nothing before start().
     void stop();
 
-    // True while there is no thread: before the first start() and after stop().
+    // Returns true before the first start() and after stop().
     bool isStopped() const;
 
   protected:
     ~CAbsWorkerThread() = default;
 
   private:
-    // Freed by stop() alone: a running thread outlives even a worker that forgot to stop it.
+    // Only stop() deletes it: deleting the std::thread of a running thread ends the process.
     std::thread* mpThread = nullptr;
 };
 
-// Thread entry: runs the body of the CAbsWorkerThread that `worker` points to.
+// The thread entry: calls run() of `worker`, a CAbsWorkerThread*. Returns null.
 void* ThreadFuncCallBack(void* worker);
 
 }  // namespace core_utils

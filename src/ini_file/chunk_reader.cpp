@@ -16,12 +16,12 @@ bool CChunkReader::next() {
     mFirst += mLength;
     if (measure()) return true;
     refill();
-    // What was read before a failure counts up to its last whole chunk.
+    // After a failed read, complete chunks are still returned, but not a chunk that may be cut.
     if (!measure() && mbFailed) mLength = 0;
     return mLength > 0;
 }
 
-// Takes the chunk that begins at `mFirst` as far as the window shows it; true if that is all of it.
+// Finds the end of the chunk at `mFirst`. Returns true if all of it is in the window.
 bool CChunkReader::measure() {
     const char* first = mWindow + mFirst;
     const std::size_t available = std::min(mWindowEnd - mFirst, CHUNK_SIZE);
@@ -30,7 +30,7 @@ bool CChunkReader::measure() {
     return lineEnd != nullptr || available == CHUNK_SIZE;
 }
 
-// Moves the rest of the window to its front and reads on behind it.
+// Moves the rest of the window to its front and fills the space behind it.
 void CChunkReader::refill() {
     if (mbExhausted) return;
     const std::size_t rest = mWindowEnd - mFirst;

@@ -1,4 +1,4 @@
-// The scanner beneath CFileConfig: cuts a file into the chunks that its syntax is made of.
+// The scanner of CFileConfig: splits a configuration file into chunks of at most 80 characters.
 #ifndef INI_FILE_CHUNK_READER_H
 #define INI_FILE_CHUNK_READER_H
 
@@ -11,39 +11,40 @@
 
 namespace core_utils {
 
-// Gives, one after the other, exactly the chunks that fgets(buffer, 81) would: up to and
-// including a line end, and 80 characters at most. The stream is unbuffered, where fgets costs a
-// system call a character; this reads ahead one page and shows the chunks in it.
+// Returns the same chunks as repeated fgets(buffer, 81): each ends behind a line feed or after 80
+// characters. It reads 4096 bytes at a time, because on the unbuffered stream fgets would make one
+// system call per character.
 //
-// Borrows the file, whose position belongs to the reader while chunks are drawn. Made for the
-// stack, of which it takes little more than its page.
+// Borrows the file, which must outlive the reader. Nobody else may move the file position while the
+// reader is in use. One thread only. An object takes about 4.2 KB of the stack.
 class CChunkReader {
   public:
     static constexpr std::size_t CHUNK_SIZE = 80;
     static constexpr std::size_t WINDOW_SIZE = 4096;
 
-    // Starts at the beginning of the file or, where there is one, of its image in memory.
+    // Starts at the beginning of `image` if it is not null, otherwise of the file.
     explicit CChunkReader(CLockedFile& file, const std::string* image = nullptr)
         : mFile(file), mpImage(image) {
         seek(0);
     }
 
-    // Goes on `offset` bytes into the file; the current chunk is gone.
+    // The next chunk begins `offset` bytes into the file. There is no current chunk until next().
     void seek(std::int64_t offset);
 
-    // Advances to the next chunk, which is never empty. False at the end, and where a read failed.
+    // Advances to the next chunk, which is never empty. Returns false at the end of the file and
+    // after a failed read.
     bool next();
 
-    // After next() gave false: whether a read or the positioning failed, as opposed to the end of
-    // the file.
+    // After next() returned false: true if a read or a seek failed, false at the end of the file.
     bool failed() const { return mbFailed; }
 
-    // The current chunk, valid until next(). It may hold NUL characters.
+    // The current chunk, valid until next() or seek(). It may contain NUL characters. begin() and
+    // end() are its offsets in the file, in bytes.
     std::string_view chunk() const { return {mWindow + mFirst, mLength}; }
     std::int64_t begin() const { return mBegin; }
     std::int64_t end() const { return mBegin + static_cast<std::int64_t>(mLength); }
 
-    // True if the current chunk is cut off in its line and the line goes on in the next one.
+    // True if the current chunk has 80 characters and its line is longer.
     bool isCutOff() const { return mLength == CHUNK_SIZE && chunk().back() != '\n'; }
 
   private:
@@ -52,12 +53,12 @@ class CChunkReader {
 
     CLockedFile& mFile;
     const std::string* mpImage;
-    std::int64_t mBegin;  // of the chunk in the file
-    std::size_t mFirst;   // of the chunk in the window
+    std::int64_t mBegin;  // offset of the chunk in the file
+    std::size_t mFirst;   // offset of the chunk in the window
     std::size_t mLength;  // of the chunk
     std::size_t mWindowEnd;
     bool mbFailed;
-    bool mbExhausted;  // no more to read
+    bool mbExhausted;  // nothing is left to read behind the window
     char mWindow[WINDOW_SIZE];
 };
 

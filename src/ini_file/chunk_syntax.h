@@ -1,5 +1,5 @@
-// What a chunk of a configuration file is: header, key line or neither. For CFileConfig, and for
-// tools that tell people what it makes of their lines.
+// Classifies a chunk of a configuration file: section header, key line or other text. Used by
+// CFileConfig and by the tools that check files.
 #ifndef INI_FILE_CHUNK_SYNTAX_H
 #define INI_FILE_CHUNK_SYNTAX_H
 
@@ -8,13 +8,13 @@
 
 namespace core_utils {
 
-// Chunks are never empty; the results are parts of them.
+// No chunk may be empty. The results point into the chunk.
 
 inline bool isBlank(char character) {
     return static_cast<unsigned char>(character) <= ' ';
 }
 
-// A header of any section, also of none that has a name: it ends the section before it.
+// Any header line, even one without a valid name. It ends the section before it.
 inline bool isHeader(std::string_view chunk) {
     return chunk.front() == '[';
 }
@@ -24,15 +24,15 @@ inline bool isHeaderOf(std::string_view chunk, std::string_view section) {
            chunk[section.size() + 1] == ']' && chunk.compare(1, section.size(), section) == 0;
 }
 
-// The key of a key line, or empty for every other chunk that is no header: a comment is never a
-// key.
+// Returns the key of a key line. Returns an empty text for a comment and for any other chunk
+// without a key. The chunk must not be a header.
 inline std::string_view keyOf(std::string_view chunk) {
     const std::size_t equals = chunk.find('=');
     if (equals == std::string_view::npos || chunk.front() == '#') return {};
     return chunk.substr(0, equals);
 }
 
-// The first token after the "=" of a key line; empty if there is none.
+// Returns the first blank-free token after the "=" of a key line, or an empty text without one.
 inline std::string_view valueOf(std::string_view chunk) {
     std::string_view value = chunk.substr(chunk.find('=') + 1);
     while (!value.empty() && isBlank(value.front()))

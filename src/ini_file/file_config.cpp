@@ -25,14 +25,14 @@ constexpr int VALUE_CAPACITY = 100;
 constexpr int NUMBER_CAPACITY = 320;  // characters of the longest double with six decimals
 constexpr int HEAD_CAPACITY = 256;    // line ends, header and line
 
-// The last header that matched, which is where a new key goes.
+// The last matching header. A new key goes behind it.
 struct sHeaderPosition {
     std::int64_t begin = -1;
     std::int64_t end = -1;
 };
 
-// Leaves `reader` on the chunk of `key` and returns true, or runs to the end of the file.
-// A section may appear more than once; the first key that matches wins.
+// Returns true with `reader` on the chunk of `key`, or false at the end of the file or after a read
+// error. A section may appear more than once: the first matching key counts.
 bool findKey(CChunkReader& reader, std::string_view section, std::string_view key,
              sHeaderPosition& position) {
     bool inSection = false;
@@ -53,8 +53,8 @@ void skipRestOfLine(CChunkReader& reader) {
     }
 }
 
-// Appends what a rewrite keeps of the rest of the file: key lines, comments, and headers with one
-// blank line before each. Other lines go. Throws if there is no memory for it.
+// Appends the lines that a rewrite keeps of the rest of the file: key lines, comments, and headers
+// with one blank line before each. Throws if there is no memory for them.
 void appendRemainder(CChunkReader& reader, std::string& tail) {
     bool continuation = false;
     while (reader.next()) {
@@ -69,7 +69,7 @@ void appendRemainder(CChunkReader& reader, std::string& tail) {
     }
 }
 
-// Posts a miss to the maintenance log; without memory for it nothing is posted.
+// Posts a failed lookup to the maintenance log, if there is memory for the event.
 void logMiss(const std::string& section, const std::string& key) {
     core_logger::CLogger* logger = core_logger::CLogger::getInstance();
     if (logger == nullptr || logger->getLevel() > core_logger::LEVEL_ERROR) return;
@@ -83,7 +83,8 @@ void logMiss(const std::string& section, const std::string& key) {
     }
 }
 
-// One lookup for the typed readers. `type` is the word in the message, which three share.
+// The lookup of the typed readers. `type` is the word in the message: "str" or "int", which the
+// float and double readers use too.
 bool readToken(CFileConfig& file, const std::string& section, const std::string& key,
                const char* type, char (&value)[VALUE_CAPACITY]) {
     int size = VALUE_CAPACITY;
@@ -93,7 +94,7 @@ bool readToken(CFileConfig& file, const std::string& section, const std::string&
     return false;
 }
 
-// As readToken(), for the readers whose misses go to the maintenance log too: all but int's.
+// As readToken(), but posts a failed lookup to the maintenance log. The int reader does not.
 bool readLoggedToken(CFileConfig& file, const std::string& section, const std::string& key,
                      const char* type, char (&value)[VALUE_CAPACITY]) {
     if (readToken(file, section, key, type, value)) return true;
@@ -160,7 +161,7 @@ bool CFileConfig::readValue(const char* section, const char* key, char* buffer, 
 bool CFileConfig::read(const std::string& section, const std::string& key, int& out) {
     char value[VALUE_CAPACITY];
     if (!readToken(*this, section, key, "int", value)) return false;
-    // As atoi, but defined for a number beyond the range.
+    // As atoi, but without undefined behaviour for numbers out of range.
     out = static_cast<int>(std::strtol(value, nullptr, 10));
     return true;
 }
@@ -196,7 +197,7 @@ bool CFileConfig::writeValue(const char* section, const char* key, const char* v
 
     char line[MAX_LINE_LENGTH + 1];
     const int length = std::snprintf(line, sizeof line, "%s=%s\n", key, value);
-    // Part of the file format: one character too many is refused, more are cut off.
+    // Part of the file format: a line of 81 characters is refused, a longer one is cut to 80.
     if (length < 0 || length == MAX_LINE_LENGTH + 1) return false;
 
     CChunkReader reader(mFile, image());

@@ -1,4 +1,4 @@
-// One line for the maintenance log.
+// The event that becomes one line of the maintenance log.
 #ifndef LOGGING_LOG_EVENT_H
 #define LOGGING_LOG_EVENT_H
 
@@ -9,20 +9,20 @@
 
 namespace core_logger {
 
-// Levels of an event; the logger's own level adds LEVEL_OFF.
+// The levels of an event. LEVEL_OFF is a level of the logger only.
 constexpr std::uint32_t LEVEL_DEBUG = 1;
 constexpr std::uint32_t LEVEL_INFO = 2;
 constexpr std::uint32_t LEVEL_WARNING = 3;
 constexpr std::uint32_t LEVEL_ERROR = 4;
 constexpr std::uint32_t LEVEL_OFF = 5;
 
-// Holds copies of what it is given, in fixed buffers, and the local time of its construction.
+// Copies its texts into fixed buffers and keeps the local time of its construction.
 class CLogEvent : public core::CEvent {
   public:
     static constexpr std::uint32_t EVENT_ID = 0x80000001;
 
-    // `line` is the caller's __LINE__. Of `module` 31 characters are kept and of `message` 255;
-    // null counts as empty.
+    // `line` is the caller's __LINE__. Keeps the first 31 characters of `module` and the first 255
+    // of `message`. A null pointer counts as an empty text.
     CLogEvent(int line, unsigned int level, const char* module, const char* message);
 
     std::unique_ptr<core::CEvent> clone() const override;
@@ -32,7 +32,7 @@ class CLogEvent : public core::CEvent {
     const char* getModule() const { return mszModule; }
     const char* getMessage() const { return mszMessage; }
 
-    // "05/03/2024 14:07:09.42" for 42 milliseconds: they are not padded.
+    // Local time, "05/03/2024 14:07:09.42" for 42 milliseconds: no zeros before them.
     const char* getTimestamp() const { return mszTimestamp; }
 
   private:

@@ -1,4 +1,4 @@
-// Where log events go: the base of the three kinds of sink.
+// The base of the three kinds of log sink.
 #ifndef LOGGING_LOG_SINK_H
 #define LOGGING_LOG_SINK_H
 
@@ -11,24 +11,27 @@
 
 namespace core_logger {
 
-// Made by the logger, shared with the deliveries under way, so that the last one may destroy it.
-// handleEvent() runs on the worker thread of the queue that the sink was given, getWorkQueue() on
-// any thread that logs; the other operations are called by the logger's controlling thread.
+// The logger and all queued deliveries share ownership of a sink, so the worker thread may destroy
+// it. handleEvent() runs on the worker thread of the sink's queue and getWorkQueue() on any thread
+// that logs. The logger's controlling thread calls all other operations.
 class CLogSink : public core::IEvtHandler {
   public:
     explicit CLogSink(std::shared_ptr<core_utils::CWorkQueue> workQueue)
         : mpWorkQueue(std::move(workQueue)) {}
 
-    // Prints that there is nothing here to handle the event.
+    // Prints the event's identifier; a derived sink writes the event somewhere.
     void handleEvent(const std::shared_ptr<core::CEvent>& event) override;
 
     std::shared_ptr<core_utils::CWorkQueue> getWorkQueue() override { return mpWorkQueue; }
 
-    // Prepares the sink for events; what `parameter` means is up to the kind. True for success.
+    // Prepares the sink for events. Each kind of sink gives `parameter` a meaning of its own.
+    // Returns true on success.
     virtual bool initialise(const std::string& directory, std::uint32_t parameter);
+
+    // Returns true on success.
     virtual bool close() { return true; }
 
-    // Not available: it is the logger that subscribes its sink.
+    // Not implemented: the logger subscribes its sink itself.
     void subscribeTo();
 
   private:

@@ -35,7 +35,7 @@ std::string formatLocal(const char* format, time_t when) {
     return {text, std::strftime(text, sizeof text, format, &local)};
 }
 
-// The last component; the finder marks directories with a "/" at the end.
+// The last component of `path`. The finder puts a "/" behind directories.
 std::string_view nameOf(std::string_view path) {
     if (!path.empty() && path.back() == '/') path.remove_suffix(1);
     return path.substr(path.find_last_of('/') + 1);
@@ -74,7 +74,7 @@ bool CLogSinkFile::close() {
     mbIsInitialised = false;
     if (!mFile.isOpen() || mFile.close()) return true;
     std::printf("\nERROR : CLogger close file ");
-    std::fflush(stdout);  // the line has no end that would do it
+    std::fflush(stdout);  // the text has no line feed, so line buffering would keep it back
     return false;
 }
 

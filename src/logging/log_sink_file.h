@@ -16,33 +16,34 @@ namespace core_logger {
 class CLogEvent;
 class CLogger;
 
-// Appends one line per event to "<directory>/<logger's name>_YYYYMMDD.log", the date being that
-// of initialise(): the file is not changed at midnight. Each line is on storage before the next
-// event is taken. A line begins with its line end, so the file does not end in one.
+// Appends one line per event to "<directory>/<logger's name>_YYYYMMDD.log" with the local date of
+// initialise(). It does not start another file at midnight. Each line is in storage before the sink
+// takes the next event. Each line begins with a line feed and ends without one.
 //
-// Lines come from the worker thread, all else from the logger's controlling thread; the sink's
-// mutex keeps them apart. Of the logger, which outlives the sink's events, only the name and the
-// level are used, and no lock of it is taken.
+// The worker thread writes the lines and the logger's controlling thread calls everything else; the
+// sink's mutex serialises them. The logger must outlive the sink and its events.
 class CLogSinkFile : public CLogSink {
   public:
     CLogSinkFile(CLogger& logger, std::shared_ptr<core_utils::CWorkQueue> workQueue);
 
-    // Writes the event's line, cut to 256 characters; closes the file if that fails. A line that
-    // would fill the file to its maximum size is not written and switches the logger off.
+    // Writes the event's line, cut to 256 characters. Ignores events of other kinds. If the write
+    // fails, prints a message and closes the file. A line with which the file would reach its
+    // maximum size is not written: it counts as failed and sets the logger's level to LEVEL_OFF.
     void handleEvent(const std::shared_ptr<core::CEvent>& event) override;
 
-    // Makes the directory with its parents, opens today's file and writes a header to it. False
-    // if the directory's name is empty or longer than 256 characters, or the file cannot be
-    // opened. `maxSize` is in bytes.
+    // Creates the directory with its parents, opens the file and appends a header line. `maxSize`
+    // is in bytes. Returns false if the path is empty or longer than 256 characters or the file
+    // cannot be opened; in the latter case it prints the file's path.
     bool initialise(const std::string& directory, std::uint32_t maxSize) override;
 
-    // True also if no file is open.
+    // Returns true on success and if no file is open; otherwise prints a message.
     bool close() override;
 
-    // Deletes the files of the log directory whose name ends in "YYYYMMDD.log", or whatever else
-    // is in its last 12 characters, and sorts before the date `days` ago. Counts the deleted ones
-    // and those that could not be deleted, directories among them. False if no file is open or
-    // the clock has not reached that many days.
+    // Deletes old files of the log directory. Only names longer than 12 characters count, and only
+    // their last 12 ("YYYYMMDD.log"): a file is old if they sort before the local date of `days`
+    // days ago. `deleted` counts the deleted files, `failed` those that could not be deleted, for
+    // example directories. Returns false if no file is open or the clock shows less than `days`
+    // days since 1970.
     bool houseKeep(int days, unsigned int& deleted, unsigned int& failed);
 
   private:
@@ -53,7 +54,7 @@ class CLogSinkFile : public CLogSink {
     bool writeText(const std::string& text, const char* failure);
 
     CLogger& mLogger;
-    bool mbIsInitialised = false;  // while the file is open
+    bool mbIsInitialised = false;  // true while the file is open
     core_utils::CLockedFile mFile;
     std::mutex mMutex;
     std::uint32_t muiMaxSize = 0;  // bytes

@@ -1,4 +1,4 @@
-// The sink kind that stands for the system log.
+// The log sink of kind "system log".
 #ifndef LOGGING_LOG_SINK_SLOG_H
 #define LOGGING_LOG_SINK_SLOG_H
 
@@ -6,7 +6,7 @@
 
 namespace core_logger {
 
-// Reaches no system log: it says of every event, on standard output, that it is not handled.
+// Writes nothing to the system log: prints for each event that it is not handled.
 class CLogSinkSlog : public CLogSink {
   public:
     using CLogSink::CLogSink;

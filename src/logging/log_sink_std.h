@@ -1,4 +1,4 @@
-// The sink kind that stands for standard output.
+// The log sink of kind "standard output".
 #ifndef LOGGING_LOG_SINK_STD_H
 #define LOGGING_LOG_SINK_STD_H
 
@@ -6,7 +6,7 @@
 
 namespace core_logger {
 
-// Takes every event and prints nothing: standard output belongs to the fixed diagnostic lines.
+// Ignores every event: standard output is for the daemon's fixed diagnostic lines only.
 class CLogSinkStd : public CLogSink {
   public:
     using CLogSink::CLogSink;

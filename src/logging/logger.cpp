@@ -24,7 +24,7 @@ CLogger* CLogger::getInstance() {
     const std::lock_guard<std::mutex> lock(mLoggerInstanceMutex);
     if (mpInstance == nullptr) {
         try {
-            mpInstance = new CLogger;  // never freed: the class says why
+            mpInstance = new CLogger;  // never freed, see the class comment
         } catch (const std::exception&) {
         }
     }
@@ -75,7 +75,7 @@ bool CLogger::removeLogSink() {
         return false;
     }
     unsubscribe(CLogEvent::EVENT_ID, mpLogSink);
-    // The kind stays: houseKeep() tells a sink that was removed from one that never was.
+    // The kind stays, so houseKeep() prints another message than before the first addLogSink().
     mpLogSink = nullptr;
     return true;
 }

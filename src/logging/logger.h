@@ -1,4 +1,4 @@
-// The maintenance logger of the process, from the posted event to its one sink.
+// The maintenance logger of the process. It delivers log events to its one sink.
 #ifndef LOGGING_LOGGER_H
 #define LOGGING_LOGGER_H
 
@@ -14,50 +14,51 @@
 
 namespace core_logger {
 
-// A singleton that is never destroyed: the worker thread may write while the process ends. Lines
-// still queued then, or at stop(), are lost.
+// A singleton that is never destroyed, because the worker thread may write while the process ends.
+// Events that are still queued at stop() or at the end of the process are lost.
 //
-// getInstance(), log() and the level serve any thread; the rest belongs to one controlling
-// thread, in the order start(), setLevel(), addLogSink(), stop(). Until then the level is
-// LEVEL_OFF. Clients compare it themselves before they build an event: log() does not.
+// Any thread may call getInstance(), log(), setLevel() and getLevel(). One controlling thread calls
+// the rest: start(), then addLogSink(), at the end stop(). The level is LEVEL_OFF at first. A
+// client must compare the level before it builds an event, because log() does not.
 class CLogger : public app::CApplication {
   public:
     static constexpr int SINK_FILE = 1;
     static constexpr int SINK_SLOG = 2;
     static constexpr int SINK_STD = 3;
 
-    // Null only if the logger could not be made; the next call tries again.
+    // Creates the logger on the first call. Returns null if there is no memory for it; the next
+    // call then tries again.
     static CLogger* getInstance();
 
-    // Events of at least this level are wanted.
+    // Clients log the events of this level and of all higher ones.
     void setLevel(std::uint32_t level) { muiLevel = level; }
     std::uint32_t getLevel() const { return muiLevel; }
 
-    // Starts the worker and keeps what the sinks will be initialised with: the log directory, of
-    // which 255 characters count, and the file sink's maximum size in bytes. A sink added before
-    // has to be added again.
+    // Starts the worker. Stores the parameters of later addLogSink() calls: the log directory (only
+    // its first 255 characters) and the file sink's maximum size in bytes. A sink from before an
+    // earlier start() must be added again. Returns false and prints a message on failure.
     bool start(const std::string& directory, std::uint32_t parameter);
 
-    // Joins the worker, then closes the sink. Always false, as the stop of the application is.
+    // Joins the worker, then closes the sink. Always returns false, as CApplication::stop() does.
     bool stop();
 
-    // Puts a new sink of the kind in the place of the present one. False, with a message: an
-    // unknown kind leaves things as they were; a sink that cannot be initialised or subscribed
-    // has taken the place, but gets no events.
+    // Replaces the current sink by a new one of `kind`. Returns false and prints a message on
+    // failure: an unknown kind changes nothing; a sink that cannot be initialised or subscribed
+    // replaces the current one all the same, but gets no events.
     bool addLogSink(int kind);
 
-    // False, with a message, if there is no sink.
+    // Drops the sink. Returns false and prints a message if there is none.
     bool removeLogSink();
 
-    // Takes the event over, from any thread and without waiting for its line to be written.
-    // True if it was queued for the sink; otherwise it is gone.
+    // Takes ownership of the event and queues it for the sink; never waits for file output. Returns
+    // false if it could not be queued; the event is then deleted.
     bool log(CLogEvent* event);
 
-    // Deletes log files older than `days`. False, mostly with a message, if there is no file
-    // sink with an open file.
+    // Deletes log files older than `days` days, see CLogSinkFile::houseKeep(). Returns false if
+    // there is no file sink with an open file.
     bool houseKeep(int days);
 
-    // Not available.
+    // Not implemented: prints a message.
     void getActiveModuleList();
 
   protected:

@@ -9,12 +9,12 @@
 namespace core_utils {
 
 struct sFoundFile {
-    char szPath[257];  // a directory's ends in "/"
+    char szPath[257];  // ends in "/" for a directory
     bool bDirectory;
-    bool bReadOnly;  // nobody may write it, by its mode
+    bool bReadOnly;  // no write permission for anybody in its mode
 };
 
-// Owns the result of one search, sorted by name. One thread at a time.
+// Owns the results of one search, sorted by name. One thread at a time.
 class CFileFind {
   public:
     CFileFind() = default;
@@ -22,17 +22,18 @@ class CFileFind {
     CFileFind& operator=(const CFileFind&) = delete;
     virtual ~CFileFind() { close(); }
 
-    // Searches, and describes the first file found. False, with a message, if there is none, its
-    // path has more than 256 characters, or it vanished meanwhile.
+    // Starts a search and describes the first match. Returns false and prints a message if there is
+    // none, or if stat() of it fails or its path has more than 256 characters.
     bool findFirstFile(const std::string& pattern, sFoundFile& record);
 
-    // Describes the next one. False, silently, after the last, or if it cannot be described.
+    // Describes the next match. Returns false, without a message, after the last match and where
+    // findFirstFile() would fail.
     bool findNextFile(sFoundFile& record);
 
-    // Drops the result; always true.
+    // Frees the results. Always returns true.
     bool close();
 
-    // For glob: an unreadable directory is no reason of ours to stop the search. Always 0.
+    // The error callback of glob(). Always returns 0: skip an unreadable directory.
     static int errfunc(const char* path, int error);
 
   private:

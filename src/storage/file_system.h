@@ -6,26 +6,28 @@
 
 namespace core_utils {
 
-// Thin, silent and without state: true for success. The reason of a failure is in errno, except
-// where copyFile() refuses on its own account. Any thread may call.
+// Stateless wrappers of system calls. They print nothing and return true on success. After a
+// failure errno holds the reason, except where copyFile() refuses a file itself. Any thread may
+// call them.
 class CFileSystem {
   public:
     static bool renameFile(const std::string& oldPath, const std::string& newPath);
     static bool deleteFile(const std::string& path);
 
-    // True also if the path exists already, whatever it is.
+    // Returns true also if `path` exists already, even if it is not a directory.
     static bool makeDirectory(const std::string& path);
     static bool removeDirectory(const std::string& path);
 
-    // Copies by way of memory, whole, and has the system put all its writes to storage.
-    // A source that is no regular file, has 2 GiB or more, or does not fit into memory is
-    // refused before the destination is touched; so is a readable destination on `failIfExists`.
+    // Reads the whole source into memory, writes it to the destination and calls sync(). Returns
+    // false and leaves the destination unchanged if the source is not a regular file, has 2 GiB or
+    // more or does not fit into memory, or if `failIfExists` is set and the destination can be
+    // opened for reading. Never blocks on a FIFO.
     static bool copyFile(const std::string& source, const std::string& destination,
                          bool failIfExists);
 
-    // Makes each directory on the path, whose components "/" and "\" separate, as far as it
-    // gets. False only for an empty path or one longer than 255 characters: whether the last
-    // directory came to be is for its user to find out.
+    // Creates each missing directory of the path, up to the first failure. "/" and "\" separate
+    // components. Returns false only for an empty path or one longer than 255 characters, so the
+    // caller must find out whether the last directory exists.
     static bool makeDirectoryPath(const std::string& path);
 };
 

@@ -15,7 +15,7 @@ namespace core_utils {
 namespace {
 using Lock = std::lock_guard<std::mutex>;
 
-// What fopen makes of `mode`; -1 if it is none.
+// The flags of open() for a mode of fopen(), or -1 for an unknown mode.
 int flagsOf(const char* mode) {
     const bool update = std::strchr(mode, '+') != nullptr;
     switch (mode[0]) {
@@ -100,17 +100,9 @@ bool CLockedFile::writeBlock(const void* buffer, std::size_t size) {
     return false;
 }
 
-bool CLockedFile::writeText(std::string_view text) {
-    const Lock lock(mMutex);
-    if (mpStream == nullptr) return false;
-    mbStored = false;
-    const bool written = std::fwrite(text.data(), 1, text.size(), mpStream) == text.size();
-    return std::fflush(mpStream) == 0 && written;
-}
-
 bool CLockedFile::replace(std::int64_t offset, std::int64_t length, std::string_view text) {
     const Lock lock(mMutex);
-    // The flush also makes the stream forget what it has read.
+    // fflush() also drops the bytes that the stream has read ahead.
     return mpStream != nullptr && std::fflush(mpStream) == 0 &&
            changeDurably(fileno(mpStream), mPath.c_str(), offset, length, text);
 }

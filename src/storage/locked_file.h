@@ -1,5 +1,4 @@
-// A stdio stream whose every operation holds a mutex: what the configuration files and the log
-// files are read and written through.
+// A stdio stream with a mutex around each operation. Configuration files and log files use it.
 #ifndef STORAGE_LOCKED_FILE_H
 #define STORAGE_LOCKED_FILE_H
 
@@ -16,10 +15,11 @@ namespace core_utils {
 
 static_assert(sizeof(off_t) == sizeof(std::int64_t), "compile with -D_FILE_OFFSET_BITS=64");
 
-// Owns one stream, closed after construction and closed by the destructor.
+// Owns at most one stream. There is none after construction; the destructor closes it.
 //
-// Any thread may call any operation; each takes the mutex for its own duration only, so a
-// sequence of them is not atomic. Operations return false on failure, and on a closed file.
+// Any thread may call any operation. Each operation locks the mutex for its own duration only, so a
+// sequence of operations is not atomic. They return true on success and false on failure or if the
+// file is closed.
 class CLockedFile {
   public:
     CLockedFile() = default;
@@ -27,55 +27,53 @@ class CLockedFile {
     CLockedFile& operator=(const CLockedFile&) = delete;
     ~CLockedFile() { close(); }
 
-    // `mode` as fopen takes it: "r", "w" or "a", with "+" to read and write. Never waits for the
-    // other end of a FIFO or for a device. False if a stream is already open, which then stays.
+    // `mode` is that of fopen: "r", "w" or "a", with "+" to read and write. Never blocks, not even
+    // on a FIFO or a device. Returns false if a stream is open already, which then stays open.
     bool open(const char* path, const char* mode);
 
-    // Has what was written since the last flush put to storage, then closes. False if any of it
-    // failed; the file is closed all the same.
+    // Forces unsaved writes to storage and closes the stream. The stream is closed even if this
+    // returns false.
     bool close();
 
     bool isOpen() const;
 
-    // As opposed to a directory, a device, a FIFO or a socket.
+    // False for a directory, a device, a FIFO or a socket.
     bool isRegular() const;
 
-    // From here on every write reaches the kernel before it returns.
+    // Switches buffering off: from now on every write reaches the kernel before it returns.
     bool setUnbuffered();
 
-    // Puts pending writes to storage, then reads exactly `size` bytes; false on end of file.
+    // Forces pending writes to storage, then reads exactly `size` bytes. Returns false if the file
+    // ends before them.
     bool readBlock(void* buffer, std::size_t size);
 
-    // Reads up to `size` bytes into `buffer` and sets `read` to their number, which is less only
-    // at the end of the file. False on a read error.
+    // Reads up to `size` bytes and sets `read` to their number. It is less than `size` only at the
+    // end of the file or after an error, which returns false.
     bool readUpTo(char* buffer, std::size_t size, std::size_t& read);
 
-    // Writes `size` bytes and puts them to storage.
+    // Writes `size` bytes and forces them to storage.
     bool writeBlock(const void* buffer, std::size_t size);
 
-    // Hands `text` to the kernel, not yet to storage: close() or flush() does that.
-    bool writeText(std::string_view text);
-
-    // Puts `text` in the place of `length` bytes as changeDurably() does. Moves the position.
-    // Throws std::bad_alloc, and has then changed nothing.
+    // Replaces `length` bytes at `offset` by `text` as changeDurably() does. The position is
+    // undefined afterwards. Throws std::bad_alloc without having changed anything.
     bool replace(std::int64_t offset, std::int64_t length, std::string_view text);
 
-    // Puts what was written to storage.
+    // Forces all writes to storage.
     bool flush();
 
-    // `whence` as fseek takes it. Clears an earlier read error.
+    // `offset` is in bytes, `whence` is that of fseek. Clears an earlier read error.
     bool seek(std::int64_t offset, int whence);
     bool rewind();
     bool getPosition(fpos_t& position);
     bool setPosition(const fpos_t& position);
 
-    // Cuts the file at `offset` bytes; prints the error number on failure. The position stays.
+    // Cuts the file to `offset` bytes. Keeps the position. Prints the error number on failure.
     bool truncate(std::int64_t offset);
 
-    // In bytes.
+    // `size` is in bytes.
     bool getSize(std::int64_t& size);
 
-    // True when no byte follows the position, which stays.
+    // Returns true if no byte follows the position. Keeps the position.
     bool isAtEnd();
 
   private:
@@ -84,7 +82,7 @@ class CLockedFile {
     mutable std::mutex mMutex;
     std::FILE* mpStream = nullptr;
     std::string mPath;
-    bool mbStored = true;  // nothing was written since the last flush
+    bool mbStored = true;  // false after a write until the next flush
 };
 
 }  // namespace core_utils

@@ -14,6 +14,7 @@ TEST(LockedFile, WritesReadsAndCutsAtAnyPosition) {
         std::int64_t size = -1;
         EXPECT_FALSE(file.writeBlock("x", 1)) << "closed";
         EXPECT_FALSE(file.close());
+        EXPECT_FALSE(file.open(path.c_str(), "x")) << "no mode";
         ASSERT_TRUE(file.open(path.c_str(), "w+b"));
         EXPECT_FALSE(file.open(path.c_str(), "w+b")) << "the first stream stays";
         ASSERT_TRUE(file.seek(base, SEEK_SET));
