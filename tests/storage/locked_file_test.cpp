@@ -10,11 +10,14 @@ TEST(LockedFile, WritesReadsAndCutsAtAnyPosition) {
     for (const std::int64_t base : {std::int64_t{5} << 30, std::int64_t{0}}) {
         core_utils::CLockedFile file;
         char buffer[4] = {};
-        fpos_t position;
+        fpos_t position = {};
         std::int64_t size = -1;
-        EXPECT_FALSE(file.writeBlock("x", 1)) << "closed";
-        EXPECT_FALSE(file.close());
         EXPECT_FALSE(file.open(path.c_str(), "x")) << "no mode";
+        EXPECT_FALSE(file.readBlock(buffer, 0) || file.writeBlock("", 0) || file.truncate(0) ||
+                     file.seek(0, SEEK_SET) || file.getPosition(position) || file.getSize(size) ||
+                     file.setPosition(position) || file.isAtEnd() || file.isRegular() ||
+                     file.setUnbuffered() || file.flush() || file.close())
+            << "closed";
         ASSERT_TRUE(file.open(path.c_str(), "w+b"));
         EXPECT_FALSE(file.open(path.c_str(), "w+b")) << "the first stream stays";
         ASSERT_TRUE(file.seek(base, SEEK_SET));
