@@ -4,6 +4,8 @@
 
 #include <boost/interprocess/managed_shared_memory.hpp>
 
+#include "framework/exit_gate.h"
+
 namespace core_utils {
 
 using Segment = boost::interprocess::managed_shared_memory;
@@ -12,6 +14,7 @@ using Segment = boost::interprocess::managed_shared_memory;
 // reader of our output that stands still would stop every process that waits for the lock.
 template <typename Access>
 auto withSegmentLock(Segment& segment, Access access) {
+    const CExitGate::CWork work;  // from before the lock is taken until it is let go
     decltype(access()) result{};
     auto keepResult = [&] { result = access(); };
     segment.atomic_func(keepResult);

@@ -12,6 +12,8 @@
 #include <cstring>
 #include <string>
 
+#include "framework/exit_gate.h"
+
 namespace core_utils {
 
 namespace {
@@ -161,6 +163,7 @@ eNewFile changeByNewFile(int descriptor, const char* path, const struct stat& st
 
 bool changeDurably(int descriptor, const char* path, std::int64_t offset, std::int64_t length,
                    std::string_view text) {
+    const CExitGate::CWork work;
     struct stat status {};
     if (fstat(descriptor, &status) != 0) return false;
     const auto size = static_cast<std::size_t>(length);

@@ -254,6 +254,30 @@ TEST(DaemonWithAllHandlers, KeepsItsFilesOverAKillAndLeavesThoseOfTheFactoryAlon
     EXPECT_EQ(files, configFiles()) << "an item that was loaded as saved is not followed";
 }
 
+// A debugger may stop a peer anywhere, and the daemon waits for the lock that it holds.
+TEST(Daemon, EndsByTheSignalThatAsksForItAlsoWhileAStoppedPeerHoldsTheLock) {
+    writeFile(PATH, FILE_HEAD + "UNKNOWN\n");
+    for (const int signal : {SIGTERM, SIGINT}) {
+        CPeer holder([](CPeerMemory& memory) {
+            auto stop = [] { raise(SIGSTOP); };
+            memory.mpSharedMemory->atomic_func(stop);
+            return true;
+        });
+        CChildProcess daemon({APP_CONFIG_MANAGER});
+        expectLines(daemon, BANNER);
+        awaitPolling(daemon);
+        holder.start();
+        waitid(P_PID, static_cast<id_t>(holder.pid()), nullptr, WSTOPPED | WNOWAIT);
+        std::this_thread::sleep_for(milliseconds(10));
+        const auto begin = steady_clock::now();
+        daemon.kill(signal);
+        EXPECT_EQ(-signal, daemon.wait());
+        EXPECT_LT(steady_clock::now() - begin, milliseconds(600));
+        kill(holder.pid(), SIGCONT);
+        EXPECT_EQ(0, holder.wait());
+    }
+}
+
 // Both attach at the same moment, to no segment, and use the same text from then on.
 TEST(Daemon, StartsBesideAPeerThatSetsTheIdentityAtThatMoment) {
     writeFile(PATH, FILE_HEAD + "UNKNOWN\n");

@@ -13,8 +13,10 @@
 #include <functional>
 #include <new>
 #include <string>
+#include <thread>
 
 #include "config/manager/hxl_config_handler.h"
+#include "framework/exit_gate.h"
 #include "ini_file/file_config.h"
 #include "support/files.h"
 
@@ -34,11 +36,13 @@ struct sFault {
     bool partly;  // a write does a part of its work first
     bool kill;    // the process ends instead
     bool memory;  // what fails is an allocation
+    bool ends;    // the process is asked to end
 };
-constexpr sFault FAULTS[] = {{"EIO", EIO, false, false, false},
-                             {"ENOSPC after a part", ENOSPC, true, false, false},
-                             {"killed", 0, false, true, false},
-                             {"no memory", ENOMEM, false, false, true}};
+constexpr sFault FAULTS[] = {{"EIO", EIO, false, false, false, false},
+                             {"ENOSPC after a part", ENOSPC, true, false, false, false},
+                             {"killed", 0, false, true, false, false},
+                             {"no memory", ENOMEM, false, false, true, false},
+                             {"asked to end", 0, false, false, false, true}};
 
 // What a change did in a child process, in memory that both share.
 struct sRun {
@@ -54,12 +58,25 @@ struct sRun {
 sRun gIdle;
 sRun* gpRun = &gIdle;  // shared from the first run on
 
+// As a signal that asks the process to end does.
+void endMeanwhile() {
+    std::thread([] {
+        core_utils::CExitGate::close(std::chrono::seconds(10));
+        _exit(0);
+    }).detach();
+    std::this_thread::sleep_for(std::chrono::milliseconds(2));
+}
+
 bool strikes(const char* call, bool memory = false) {
     if (!gpRun->watching || gpRun->fault.memory != memory) return false;
     if (++gpRun->count != gpRun->strikeAt) return false;
     gpRun->struck = true;
     gpRun->hit = call;
     if (gpRun->fault.kill) raise(SIGKILL);
+    if (gpRun->fault.ends) {
+        endMeanwhile();
+        return false;
+    }
     errno = gpRun->fault.error;
     return true;
 }
@@ -135,6 +152,8 @@ void run(const sFault& fault, int strikeAt, const std::function<void()>& prepare
         gpRun->watching = true;
         gpRun->result = change();
         gpRun->watching = false;
+        while (fault.ends && gpRun->struck)
+            pause();
         gpRun->finished = true;
         _exit(0);
     }
@@ -165,8 +184,10 @@ void expectOldOrNew(const std::string& path, const std::string& before, const st
             const std::string left = support::readFile(path);
             const std::string trace =
                 std::string(gpRun->struck ? gpRun->hit : "") + ": " + left.substr(0, 300);
-            EXPECT_EQ(gpRun->struck && fault.kill, !gpRun->finished) << trace;
-            if (!gpRun->finished) {
+            EXPECT_EQ(gpRun->struck && (fault.kill || fault.ends), !gpRun->finished) << trace;
+            if (gpRun->struck && fault.ends) {
+                EXPECT_TRUE(left == before || left == between || left == after) << trace;
+            } else if (!gpRun->finished) {
                 EXPECT_TRUE(isNew(left, before) || isNew(left, between) || isNew(left, after))
                     << trace;
             } else if (gpRun->result) {

@@ -46,6 +46,8 @@ class CPeer {
         ::close(mEnds[1]);
     }
 
+    pid_t pid() const { return mPid; }
+
     void start() {
         if (write(mEnds[1], "", 1) != 1) throw std::runtime_error("no peer");
     }

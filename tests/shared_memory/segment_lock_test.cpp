@@ -1,0 +1,42 @@
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <future>
+#include <thread>
+
+#include "framework/exit_gate.h"
+#include "support/peer.h"
+
+namespace {
+
+using namespace support;
+using std::chrono::milliseconds;
+
+TEST(SegmentLock, TheEndWaitsForTheAccessUnderWayAndLetsNoOtherBegin) {
+    static CPeerMemory memory;
+    static std::atomic<bool> begun{false}, passed{false};
+    std::promise<void> last;
+    std::thread running([&] {
+        core_utils::withSegmentLock(*memory.mpSharedMemory, [&] {
+            begun = true;
+            last.get_future().wait();
+            return true;
+        });
+    });
+    while (!begun)
+        std::this_thread::yield();
+    EXPECT_FALSE(core_utils::CExitGate::close(milliseconds(20)));
+    auto closing = std::async(std::launch::async, core_utils::CExitGate::close, milliseconds(9999));
+    std::thread([] {
+        memory.getDoubleVector(0);
+        passed = true;
+    }).detach();
+    EXPECT_EQ(std::future_status::timeout, closing.wait_for(milliseconds(50)));
+    last.set_value();
+    EXPECT_TRUE(closing.get());
+    running.join();
+    std::this_thread::sleep_for(milliseconds(20));
+    EXPECT_FALSE(passed);
+}
+
+}  // namespace
