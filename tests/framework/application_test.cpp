@@ -6,6 +6,7 @@
 #include <numeric>
 #include <thread>
 
+#include "support/allocations.h"
 #include "support/files.h"
 #include "support/wait_until.h"
 
@@ -120,6 +121,27 @@ TEST(Application, DeliversBetweenStartAndStopOnlyToEachHandlerOnTheThreadOfItsQu
     const core_utils::CAbsWorkerThread& thread = *application.mpOwnWorker;
     EXPECT_TRUE(thread.isStopped());
     EXPECT_TRUE(application.start()) << "again; its destructor stops it";
+}
+
+// Each allocation fails once.
+TEST(Application, FailsCleanlyAtEachAllocation) {
+    const auto handler = std::make_shared<CTestHandler>();
+    bool done = false;
+    for (int number = 1; !done; ++number) {
+        const int before = handler->miHandled;
+        const auto event = std::make_shared<CTestEvent>();
+        CApplication application("Test");
+        support::countAllocations(number);
+        try {
+            done = application.start() && application.subscribe(EVENT, handler) &&
+                   application.publish(event);
+        } catch (const std::bad_alloc&) {
+        }
+        EXPECT_EQ(done, support::allocations() < number);
+        support::countAllocations();
+        EXPECT_TRUE(support::waitUntil([&] { return event.use_count() == 1; }));
+        EXPECT_EQ(before + done, handler->miHandled);
+    }
 }
 
 }  // namespace

@@ -150,30 +150,55 @@ TEST(FileConfig, WritesNumbersInFullAndCreatesNothingThatIsNotWanted) {
 
 TEST(FileConfig, RefusesMissingArgumentsAndAFileThatIsNotOpen) {
     support::writeFile(PATH, "[Sec]\nKey=1\n");
+    CFileConfig closed;
+    CFileConfig file;
+    EXPECT_FALSE(closed.open(support::configPath("none.cfg"), "r+b"));
+    ASSERT_TRUE(file.open(PATH, "r+b"));
+    EXPECT_FALSE(file.open(PATH, "r+b")) << "the first one stays";
     const struct {
-        const char* section;
-        const char* key;
-        const char* value;
-        bool open = true;
-    } rows[] = {{nullptr, "Key", "2"},
-                {"Sec", nullptr, "2"},
-                {"Sec", "Key", nullptr},
-                {"Sec", "Key", "2", false}};
+        CFileConfig& file;
+        const char* section = "Sec";
+        const char* key = "Key";
+    } rows[] = {{closed}, {file, nullptr}, {file, "Sec", nullptr}};
+    char buffer[9];
     for (const auto& row : rows) {
-        CFileConfig file;
-        EXPECT_FALSE(file.open(support::configPath("none.cfg"), "r+b"));
-        ASSERT_EQ(row.open, row.open && file.open(PATH, "r+b"));
-        EXPECT_EQ(row.open, file.isOpen());
-        char buffer[9];
         int size = sizeof buffer;
-        EXPECT_FALSE(file.readValue(row.section, row.key, row.value ? buffer : nullptr, &size));
+        EXPECT_FALSE(row.file.readValue(row.section, row.key, buffer, &size));
         EXPECT_EQ(-1, size);
-        EXPECT_FALSE(file.writeValue(row.section, row.key, row.value, 1));
-        EXPECT_FALSE(file.removeKey(row.value ? row.section : nullptr, row.key));
-        EXPECT_FALSE(row.open && file.open(PATH, "r+b")) << "the first one stays";
-        EXPECT_EQ(row.open, file.close());
+        EXPECT_FALSE(row.file.writeValue(row.section, row.key, "2", 1));
+        EXPECT_FALSE(row.file.removeKey(row.section, row.key));
     }
+    int size = sizeof buffer;
+    EXPECT_FALSE(file.readValue("Sec", "Key", nullptr, &size));
+    EXPECT_FALSE(file.readValue("Sec", "Key", buffer, nullptr));
+    EXPECT_FALSE(file.writeValue("Sec", "Key", nullptr, 1));
     EXPECT_EQ("[Sec]\nKey=1\n", support::readFile(PATH));
+    EXPECT_TRUE(file.close());
+    EXPECT_FALSE(file.close() || file.isOpen());
+}
+
+TEST(FileConfig, ABatchReachesTheFileByItsCommitOnly) {
+    const std::string before = "[Sec]\nKey=1\n";
+    support::writeFile(PATH, before);
+    CFileConfig file;
+    int value = 0;
+    ASSERT_TRUE(file.open(PATH, "r+b"));
+    {
+        CFileConfig::CBatch dropped(file);
+        EXPECT_TRUE(file.write("Sec", "Key", 2));
+        EXPECT_TRUE(file.read("Sec", "Key", value));
+        EXPECT_EQ(2, value) << "reads see the change";
+    }
+    EXPECT_TRUE(file.read("Sec", "Key", value));
+    EXPECT_EQ(1, value);
+    CFileConfig::CBatch closed(file);
+    EXPECT_TRUE(file.write("Sec", "Key", 3));
+    EXPECT_TRUE(file.close());
+    ASSERT_TRUE(file.open(PATH, "r+b"));
+    EXPECT_FALSE(file.write("Sec", "Key", 3));
+    EXPECT_FALSE(closed.commit());
+    EXPECT_EQ(before, support::readFile(PATH));
+    EXPECT_TRUE(file.write("Sec", "Key", 4)) << "the batch has ended";
 }
 
 TEST(FileConfig, OpensRegularFilesOnlyAndWaitsForNothing) {
