@@ -5,6 +5,7 @@
 #include <cstring>
 #include <exception>
 #include <iterator>
+#include <mutex>
 #include <stdexcept>
 #include <thread>
 #include <utility>
@@ -18,6 +19,8 @@ namespace bip = boost::interprocess;
 
 namespace {
 
+using std::chrono::milliseconds;
+using std::chrono::steady_clock;
 using eOutcome = CPeerSegment::eOutcome;
 using sResult = CPeerSegment::sResult;
 
@@ -54,6 +57,9 @@ std::string segmentName() {
 sResult noSegment() {
     return {eOutcome::NO_SEGMENT, "there is no segment " + segmentName()};
 }
+sResult notAttached() {
+    return {eOutcome::NO_SEGMENT, "not attached to " + segmentName() + ": no attach() or open()"};
+}
 sResult typeMismatch(const sSharedObject& object) {
     return {eOutcome::TYPE_MISMATCH, std::string(object.name) + " has elements of type " +
                                          ELEMENT_NAMES[static_cast<int>(object.element)]};
@@ -87,10 +93,50 @@ sResult full(const std::string& name) {
 
 }  // namespace
 
+// Shared by the threads that use the instance; the mutex is not held while they use the segment.
 struct CPeerSegment::sAttachment {
-    std::unique_ptr<Segment> segment;
-    std::uint64_t id;  // of the memory object that is mapped
+    std::shared_ptr<Segment> segment;
+    std::uint64_t id = 0;  // of the memory object that is mapped
+    bool create = false;
+    eWhenReplaced whenReplaced = eWhenReplaced::FAIL;
+    steady_clock::time_point checked;
+    sResult state;  // DONE, or why the segment is not to be used any more
+    std::mutex mutex;
+
+    sResult attach();
+    sResult take(milliseconds interval, std::shared_ptr<Segment>& taken);
 };
+
+sResult CPeerSegment::sAttachment::attach() {
+    try {
+        segment = attachSegment(SEGMENT_NAME, create);
+        id = memoryObjectId(memoryObjectName(SEGMENT_NAME));
+        checked = steady_clock::now();
+        return {};
+    } catch (const std::bad_alloc&) {
+        throw;
+    } catch (const bip::interprocess_exception& error) {
+        if (error.get_error_code() == bip::not_found_error) return noSegment();
+        if (error.get_error_code() == bip::timeout_when_locking_error) return toResult(error);
+        return {eOutcome::UNUSABLE, "cannot attach to " + segmentName() + ": " + error.what()};
+    } catch (const std::exception& error) {
+        return {eOutcome::UNUSABLE, "cannot attach to " + segmentName() + ": " + error.what()};
+    }
+}
+
+// Looks at the name first if that is `interval` ago.
+sResult CPeerSegment::sAttachment::take(milliseconds interval, std::shared_ptr<Segment>& taken) {
+    const std::lock_guard<std::mutex> lock(mutex);
+    const bool due = steady_clock::now() - checked >= interval;
+    if (due && memoryObjectId(memoryObjectName(SEGMENT_NAME)) != id) {
+        state = whenReplaced == eWhenReplaced::ATTACH_AGAIN
+                    ? attach()
+                    : sResult{eOutcome::REPLACED, segmentName() + " was removed"};
+    }
+    if (due) checked = steady_clock::now();
+    taken = segment;
+    return state;
+}
 
 CPeerSegment::sKey::sKey(int id)
     : object(findInDirectory([&](const sSharedObject& row) { return row.id == id; })),
@@ -105,35 +151,27 @@ CPeerSegment::CPeerSegment(CPeerSegment&&) noexcept = default;
 CPeerSegment& CPeerSegment::operator=(CPeerSegment&&) noexcept = default;
 CPeerSegment::~CPeerSegment() = default;
 
-sResult CPeerSegment::attach() {
-    return attachTo(false);
+sResult CPeerSegment::attach(eWhenReplaced whenReplaced) {
+    return attachTo(false, whenReplaced);
 }
 
-sResult CPeerSegment::open() {
-    return attachTo(true);
+sResult CPeerSegment::open(eWhenReplaced whenReplaced) {
+    return attachTo(true, whenReplaced);
 }
 
-sResult CPeerSegment::attachTo(bool create) {
-    try {
-        auto segment = attachSegment(SEGMENT_NAME, create);
-        const std::uint64_t id = memoryObjectId(memoryObjectName(SEGMENT_NAME));
-        mAttachment.reset(new sAttachment{std::move(segment), id});
-        return {};
-    } catch (const std::bad_alloc&) {
-        throw;
-    } catch (const bip::interprocess_exception& error) {
-        if (error.get_error_code() == bip::not_found_error) return noSegment();
-        if (error.get_error_code() == bip::timeout_when_locking_error) return toResult(error);
-        return {eOutcome::UNUSABLE, "cannot attach to " + segmentName() + ": " + error.what()};
-    } catch (const std::exception& error) {
-        return {eOutcome::UNUSABLE, "cannot attach to " + segmentName() + ": " + error.what()};
-    }
+sResult CPeerSegment::attachTo(bool create, eWhenReplaced whenReplaced) {
+    auto attachment = std::make_unique<sAttachment>();
+    attachment->create = create;
+    attachment->whenReplaced = whenReplaced;
+    sResult result = attachment->attach();
+    if (result) mAttachment = std::move(attachment);
+    return result;
 }
 
 sResult CPeerSegment::check() const {
-    if (mAttachment == nullptr) return noSegment();
-    if (memoryObjectId(memoryObjectName(SEGMENT_NAME)) == mAttachment->id) return {};
-    return {eOutcome::REPLACED, segmentName() + " was removed"};
+    if (mAttachment == nullptr) return notAttached();
+    std::shared_ptr<Segment> segment;
+    return mAttachment->take(milliseconds(0), segment);
 }
 
 template <typename Access>
@@ -141,9 +179,12 @@ sResult CPeerSegment::access(const sKey& key, Access make) const {
     if (key.object == nullptr) {
         return {eOutcome::UNKNOWN_OBJECT, "there is no object \"" + key.text + '"'};
     }
-    if (mAttachment == nullptr) return noSegment();
+    if (mAttachment == nullptr) return notAttached();
+    std::shared_ptr<Segment> segment;
+    sResult usable = mAttachment->take(NAME_CHECK_INTERVAL, segment);
+    if (!usable) return usable;
     try {
-        return toResult(*key.object, make(*mAttachment->segment, key.object->name));
+        return toResult(*key.object, make(*segment, key.object->name));
     } catch (const bip::bad_alloc&) {
         return full(key.object->name);
     } catch (const std::length_error&) {
@@ -209,8 +250,8 @@ sResult CPeerSegment::set(const sKey& key, std::size_t index,
         if (index < size) values[index] = value;
     });
     if (!result || index < size) return result;
-    return {eOutcome::NO_ELEMENT, key.text + " has no element at index " + std::to_string(index) +
-                                      ": it holds " + std::to_string(size)};
+    return {eOutcome::NO_ELEMENT, std::string(key.object->name) + " has no element at index " +
+                                      std::to_string(index) + ": it holds " + std::to_string(size)};
 }
 
 sResult CPeerSegment::remove(const sKey& key) {
@@ -229,9 +270,7 @@ sResult CPeerSegment::remove(const sKey& key) {
 
 template <typename Value>
 sResult CPeerSegment::waitForChange(const sKey& key, std::vector<Value>& values,
-                                    std::chrono::milliseconds period,
-                                    std::chrono::milliseconds limit) const {
-    using namespace std::chrono;
+                                    milliseconds period, milliseconds limit) const {
     const auto begin = steady_clock::now();
     while (true) {
         std::vector<Value> current;
@@ -241,11 +280,11 @@ sResult CPeerSegment::waitForChange(const sKey& key, std::vector<Value>& values,
             values = std::move(current);
             return {};
         }
-        const sResult checked = check();
-        if (!checked) return checked;
-        const auto left = limit - duration_cast<milliseconds>(steady_clock::now() - begin);
+        const auto left =
+            limit - std::chrono::duration_cast<milliseconds>(steady_clock::now() - begin);
         if (left <= milliseconds(0)) {
-            return {eOutcome::TIME_OUT, key.text + " did not change in time"};
+            return {eOutcome::TIME_OUT, std::string(key.object->name) + " did not change within " +
+                                            std::to_string(limit.count()) + " ms"};
         }
         std::this_thread::sleep_for(std::clamp(period, milliseconds(1), left));
     }
@@ -256,26 +295,23 @@ template sResult CPeerSegment::write(const sKey&, const std::vector<double>&);
 template sResult CPeerSegment::update(const sKey&,
                                       const std::function<void(std::vector<double>&)>&);
 template sResult CPeerSegment::set<double>(const sKey&, std::size_t, const double&);
-template sResult CPeerSegment::waitForChange(const sKey&, std::vector<double>&,
-                                             std::chrono::milliseconds,
-                                             std::chrono::milliseconds) const;
+template sResult CPeerSegment::waitForChange(const sKey&, std::vector<double>&, milliseconds,
+                                             milliseconds) const;
 
 template sResult CPeerSegment::read(const sKey&, std::vector<unsigned char>&) const;
 template sResult CPeerSegment::write(const sKey&, const std::vector<unsigned char>&);
 template sResult CPeerSegment::update(const sKey&,
                                       const std::function<void(std::vector<unsigned char>&)>&);
 template sResult CPeerSegment::set<unsigned char>(const sKey&, std::size_t, const unsigned char&);
-template sResult CPeerSegment::waitForChange(const sKey&, std::vector<unsigned char>&,
-                                             std::chrono::milliseconds,
-                                             std::chrono::milliseconds) const;
+template sResult CPeerSegment::waitForChange(const sKey&, std::vector<unsigned char>&, milliseconds,
+                                             milliseconds) const;
 
 template sResult CPeerSegment::read(const sKey&, std::vector<std::string>&) const;
 template sResult CPeerSegment::write(const sKey&, const std::vector<std::string>&);
 template sResult CPeerSegment::update(const sKey&,
                                       const std::function<void(std::vector<std::string>&)>&);
 template sResult CPeerSegment::set<std::string>(const sKey&, std::size_t, const std::string&);
-template sResult CPeerSegment::waitForChange(const sKey&, std::vector<std::string>&,
-                                             std::chrono::milliseconds,
-                                             std::chrono::milliseconds) const;
+template sResult CPeerSegment::waitForChange(const sKey&, std::vector<std::string>&, milliseconds,
+                                             milliseconds) const;
 
 }  // namespace core_utils

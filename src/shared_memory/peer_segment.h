@@ -41,7 +41,7 @@ class CPeerSegment {
         DONE,
         NO_SEGMENT,      // none has the name, or this instance is not attached
         UNUSABLE,        // the segment cannot be attached to: not finished, not permitted, no room
-        REPLACED,        // the segment has lost its name: nobody will change it any more
+        REPLACED,        // the segment was removed: nobody else will see or change it any more
         UNKNOWN_OBJECT,  // the directory has no such identifier or name
         TYPE_MISMATCH,   // the directory says that the object's elements are of another type
         NO_OBJECT,       // nobody has written the object yet
@@ -73,6 +73,16 @@ class CPeerSegment {
         std::string text;                       // as it was given
     };
 
+    // What an instance does once its segment was removed, perhaps for another of the same name.
+    enum class eWhenReplaced {
+        FAIL,          // REPLACED from then on, until attach() or open()
+        ATTACH_AGAIN,  // attach() or open() once an interval until it succeeds; fails as they do
+    };
+
+    // How often read(), write(), update(), set(), remove() and waitForChange() look at the name.
+    // What they do in between may still go to a segment that was removed just before.
+    static constexpr std::chrono::milliseconds NAME_CHECK_INTERVAL{100};
+
     // Attached to nothing.
     CPeerSegment();
     CPeerSegment(CPeerSegment&& other) noexcept;
@@ -81,12 +91,13 @@ class CPeerSegment {
 
     // Attaches to the segment, in place of what was attached to. Waits up to 1 s for another
     // process that is creating it. attach() never creates it, open() does if there is none. On
-    // failure what was attached to stays.
-    sResult attach();
-    sResult open();
+    // failure what was attached to stays. ATTACH_AGAIN is for those who read only, or who write all
+    // that is theirs again and again: a new segment does not hold what this process wrote before.
+    sResult attach(eWhenReplaced whenReplaced = eWhenReplaced::FAIL);
+    sResult open(eWhenReplaced whenReplaced = eWhenReplaced::FAIL);
 
-    // DONE while the segment that this instance is attached to has its name, REPLACED once it does
-    // not: attach again.
+    // DONE while the segment that this instance is attached to has its name. Looks at it at once,
+    // and otherwise does what every access does when it looks.
     sResult check() const;
 
     // Replaces `values` by all that the object holds, in order; on failure they stay. Creates
@@ -130,7 +141,7 @@ class CPeerSegment {
   private:
     struct sAttachment;
 
-    sResult attachTo(bool create);
+    sResult attachTo(bool create, eWhenReplaced whenReplaced);
     template <typename Access>
     sResult access(const sKey& key, Access make) const;
     template <typename Value, typename Access>

@@ -12,6 +12,7 @@
 
 #include "support/files.h"
 #include "support/peer.h"
+#include "support/wait_until.h"
 
 namespace {
 
@@ -24,7 +25,8 @@ constexpr char SEGMENT_FILE[] = "/dev/shm/CONF_AUTO_SAVE_MEM";
 
 TEST(PeerSegment, OnlyOpeningAndWritingCreateAndEveryRefusalSaysWhy) {
     CPeerSegment segment;
-    EXPECT_EQ(eOutcome::NO_SEGMENT, segment.write(0, Doubles{1.0}).outcome);
+    EXPECT_EQ("not attached to CONF_AUTO_SAVE_MEM: no attach() or open()",
+              segment.write(0, Doubles{1.0}).reason);
     EXPECT_EQ("there is no segment CONF_AUTO_SAVE_MEM", segment.attach().reason);
     EXPECT_FALSE(std::filesystem::exists(SEGMENT_FILE));
     ASSERT_TRUE(segment.open() && segment.attach() && segment.check());
@@ -51,7 +53,30 @@ TEST(PeerSegment, OnlyOpeningAndWritingCreateAndEveryRefusalSaysWhy) {
     EXPECT_EQ(eOutcome::REPLACED, segment.check().outcome);
     writeFile(SEGMENT_FILE, "x");
     EXPECT_EQ(eOutcome::UNUSABLE, CPeerSegment().attach().outcome);
-    EXPECT_TRUE(segment.read(0, values)) << "what was attached to stays";
+    EXPECT_EQ(eOutcome::REPLACED, segment.read(0, values).outcome) << "of what it is attached to";
+}
+
+TEST(PeerSegment, SaysThatTheSegmentWasRemovedOrAttachesToTheNextOne) {
+    CPeerSegment reader, follower, opener;
+    ASSERT_TRUE(opener.open(CPeerSegment::eWhenReplaced::ATTACH_AGAIN));
+    ASSERT_TRUE(reader.attach());
+    ASSERT_TRUE(follower.attach(CPeerSegment::eWhenReplaced::ATTACH_AGAIN));
+    Doubles values;
+    const auto readUntil = [&](const CPeerSegment& segment, eOutcome outcome) {
+        return waitUntil([&] { return segment.read(0, values).outcome == outcome; });
+    };
+    std::filesystem::remove(SEGMENT_FILE);
+    EXPECT_TRUE(readUntil(reader, eOutcome::REPLACED));
+    EXPECT_TRUE(readUntil(follower, eOutcome::NO_SEGMENT));
+    EXPECT_EQ("CONF_AUTO_SAVE_MEM was removed", reader.write(0, Doubles{1.0}).reason);
+    EXPECT_FALSE(std::filesystem::exists(SEGMENT_FILE));
+
+    std::this_thread::sleep_for(CPeerSegment::NAME_CHECK_INTERVAL);
+    EXPECT_TRUE(opener.write(0, Doubles{2.0})) << "creates one";
+    EXPECT_TRUE(readUntil(follower, eOutcome::DONE));
+    EXPECT_EQ(Doubles{2.0}, values);
+    EXPECT_EQ(eOutcome::REPLACED, reader.set<double>(0, 0, 1).outcome);
+    EXPECT_TRUE(reader.attach() && reader.set<double>(0, 0, 1));
 }
 
 TEST(PeerSegment, RemovingGivesTheMemoryBack) {
@@ -137,7 +162,8 @@ TEST(PeerSegment, WaitsForAnotherProcessAndNoLongerThanToldTo) {
     CPeerSegment segment;
     ASSERT_TRUE(segment.open());
     Doubles values;
-    EXPECT_EQ(eOutcome::TIME_OUT, segment.waitForChange(0, values, 1ms, 5ms).outcome);
+    EXPECT_EQ("VOLTAGE_DATA_MEM did not change within 5 ms",
+              segment.waitForChange(0, values, 1ms, 5ms).reason);
     auto waiting = std::async(std::launch::async, [&] {
         Bytes bytes;
         return segment.waitForChange(21, bytes, 1ms, 20s) ? bytes : Bytes{};

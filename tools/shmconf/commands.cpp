@@ -87,6 +87,19 @@ void setObject(std::ostream& out, const std::string& object, const Words& values
     printChanged(out, readRows(segment, {found}));
 }
 
+void setElement(std::ostream& out, const std::string& object, const sElement& element,
+                const Words& values) {
+    const sObject found = findObject(object);
+    if (values.size() != 1) throw CToolError(STATUS_USAGE, "one element takes one value");
+    if (element.channel && !isByChannel(found)) {
+        throw CToolError(STATUS_USAGE, std::string(found.name) + " is not by channel; use --index");
+    }
+    const Values parsed = parseValues(found.element, values);
+    CSegment segment(false);
+    segment.writeElement(found, element.channel ? *element.channel - 1 : *element.index, parsed);
+    printChanged(out, readRows(segment, {found}));
+}
+
 eExitStatus unsetObjects(std::ostream& out, const Words& objects) {
     const std::vector<sObject> found = findObjects(objects);
     CSegment segment(false);

@@ -2,7 +2,9 @@
 #ifndef SHMCONF_COMMANDS_H
 #define SHMCONF_COMMANDS_H
 
+#include <cstddef>
 #include <iosfwd>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -23,9 +25,19 @@ void listObjects(std::ostream& out, bool all, eFormat format);
 // STATUS_FAILED if one of the objects cannot be shown; the others are.
 eExitStatus getObjects(std::ostream& out, const Words& objects, eFormat format);
 
-// These two print what the objects hold afterwards. That this cannot be shown is said on standard
+// One element of an object: by its index, or by its channel, counted from 1.
+struct sElement {
+    std::optional<std::size_t> index;
+    std::optional<std::size_t> channel;
+
+    bool isGiven() const { return index || channel; }
+};
+
+// These three print what the objects hold afterwards. That this cannot be shown is said on standard
 // error and no failure: the segment is changed.
 void setObject(std::ostream& out, const std::string& object, const Words& values, bool create);
+void setElement(std::ostream& out, const std::string& object, const sElement& element,
+                const Words& values);
 
 // STATUS_FAILED if one of the objects did not exist; the others are removed.
 eExitStatus unsetObjects(std::ostream& out, const Words& objects);

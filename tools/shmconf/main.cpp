@@ -22,12 +22,15 @@ constexpr char FOOTER[] =
     "Status: 0 done, 1 an object is absent, unreadable or not written, 2 wrong usage, 3 no "
     "segment.";
 
+constexpr unsigned int MOST_ELEMENTS = 0x140000;  // that the segment has room for
+
 struct sArguments {
     bool all = false;
     bool json = false;
     bool raw = false;
     bool create = false;
     std::string object;
+    sElement element;
     Words objects;
     Words behindMark;
     unsigned int count = 0;
@@ -78,15 +81,27 @@ void defineReading(CLI::App& app, sArguments& arguments, eExitStatus& status) {
 }
 
 void defineChanging(CLI::App& app, sArguments& arguments, eExitStatus& status) {
-    auto* set = app.add_subcommand("set", "Replace what an object holds");
+    auto* set = app.add_subcommand("set", "Replace what an object holds, or one element of it");
     set->add_option("OBJECT", arguments.object,
                     "Its new values follow: VALUE..., after -- if they begin with --")
         ->required();
-    set->add_flag("--create", arguments.create, "Create the segment if there is none");
+    auto* create =
+        set->add_flag("--create", arguments.create, "Create the segment if there is none");
+    auto* channel = set->add_option("--channel", arguments.element.channel,
+                                    "Change this channel alone, counted from 1");
+    channel->check(CLI::Range(1U, MOST_ELEMENTS))->excludes(create);
+    set->add_option("--index", arguments.element.index, "Change this element alone, counted from 0")
+        ->check(CLI::Range(0U, MOST_ELEMENTS))
+        ->excludes(create)
+        ->excludes(channel);
     set->prefix_command();
     set->callback([&arguments, set] {
-        setObject(std::cout, arguments.object, valuesOf(*set, arguments.behindMark),
-                  arguments.create);
+        const Words values = valuesOf(*set, arguments.behindMark);
+        if (arguments.element.isGiven()) {
+            setElement(std::cout, arguments.object, arguments.element, values);
+        } else {
+            setObject(std::cout, arguments.object, values, arguments.create);
+        }
     });
 
     auto* unset = app.add_subcommand("unset", "Remove some objects");
@@ -148,7 +163,10 @@ eExitStatus run(Words words) {
     try {
         app.parse(words);
     } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? STATUS_DONE : STATUS_USAGE;
+        if (error.get_exit_code() != 0) {
+            throw CToolError(STATUS_USAGE, std::string(error.what()) + "; see shmconf help");
+        }
+        app.exit(error);  // prints the help or the version
     }
     return status;
 }

@@ -59,6 +59,11 @@ const char* typeName(eElement element) {
     return TYPE_NAMES[static_cast<int>(element)];
 }
 
+bool isByChannel(const sObject& object) {
+    constexpr int LAST_OUTPUT_SETTING = 16;  // OUTP_MODE_MEM
+    return object.id <= LAST_OUTPUT_SETTING;
+}
+
 std::vector<sObject> allObjects() {
     return {std::begin(core_utils::OBJECT_DIRECTORY), std::end(core_utils::OBJECT_DIRECTORY)};
 }

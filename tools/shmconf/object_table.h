@@ -16,6 +16,9 @@ using core_utils::eElement;
 
 const char* typeName(eElement element);
 
+// Whether element 0 of the object is channel 1, and so on: the settings of the outputs.
+bool isByChannel(const sObject& object);
+
 // The whole directory, by identifier.
 std::vector<sObject> allObjects();
 

@@ -17,12 +17,18 @@ void require(const CPeerSegment::sResult& result) {
             throw CToolError(STATUS_NO_SEGMENT,
                              result.reason + ": neither the daemon nor a peer has run");
         case eOutcome::UNUSABLE:
+        case eOutcome::REPLACED:
         case eOutcome::LOCKED:
         case eOutcome::DAMAGED:
             throw CToolError(STATUS_NO_SEGMENT, result.reason);
         default:
             throw CToolError(STATUS_FAILED, result.reason);
     }
+}
+
+void requireWritten(const sObject& object, CPeerSegment::sResult result) {
+    result.reason = std::string(object.name) + " was not written: " + result.reason;
+    require(result);
 }
 
 }  // namespace
@@ -46,10 +52,20 @@ sContents CSegment::read(const sObject& object) const {
 }
 
 void CSegment::write(const sObject& object, const Values& values) {
-    auto result = std::visit(
-        [&](const auto& elements) { return mSegment.write(object.id, elements); }, values);
-    result.reason = std::string(object.name) + " was not written: " + result.reason;
-    require(result);
+    requireWritten(
+        object,
+        std::visit([&](const auto& elements) { return mSegment.write(object.id, elements); },
+                   values));
+}
+
+void CSegment::writeElement(const sObject& object, std::size_t index, const Values& value) {
+    requireWritten(object, std::visit(
+                               [&](const auto& elements) {
+                                   using Value =
+                                       typename std::decay_t<decltype(elements)>::value_type;
+                                   return mSegment.set<Value>(object.id, index, elements.at(0));
+                               },
+                               value));
 }
 
 bool CSegment::remove(const sObject& object) {
@@ -57,10 +73,6 @@ bool CSegment::remove(const sObject& object) {
     if (result.outcome == eOutcome::NO_OBJECT) return false;
     require(result);
     return true;
-}
-
-bool CSegment::isReplaced() const {
-    return !mSegment.check();
 }
 
 }  // namespace shmconf

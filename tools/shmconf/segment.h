@@ -17,8 +17,8 @@ struct sContents {
     Values values;
 };
 
-// One thread. Operations throw CToolError if the segment cannot be used, such as when a peer died
-// holding its lock, which costs one second.
+// One thread. Operations throw CToolError if the segment cannot be used, such as when it was
+// removed, or when a peer died holding its lock, which costs one second.
 class CSegment {
   public:
     // Attaches to the segment; without one, throws unless `create` is set.
@@ -29,11 +29,11 @@ class CSegment {
     // Leaves exactly `values` in the object, creating it if it does not exist.
     void write(const sObject& object, const Values& values);
 
+    // Replaces one element by the only one of `value`; throws if there is none at `index`.
+    void writeElement(const sObject& object, std::size_t index, const Values& value);
+
     // False if the object does not exist.
     bool remove(const sObject& object);
-
-    // True once the attached segment no longer has its name: nobody will change it any more.
-    bool isReplaced() const;
 
   private:
     core_utils::CPeerSegment mSegment;

@@ -47,9 +47,6 @@ void watch(std::ostream& out, const CSegment& segment, const std::vector<sObject
             if (++changes == options.count) return;
         }
         if (!out) throw CToolError(STATUS_FAILED, "the output cannot be written");
-        if (segment.isReplaced()) {
-            throw CToolError(STATUS_NO_SEGMENT, "the segment was removed while it was watched");
-        }
         std::this_thread::sleep_for(options.interval);
     }
 }
