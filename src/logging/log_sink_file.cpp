@@ -133,7 +133,8 @@ bool CLogSinkFile::writeEvent(const CLogEvent& event) {
     return writeText({line, kept}, "ERROR : CLogger  WRITE to file");
 }
 
-bool CLogSinkFile::writeText(const std::string& text, const char* failure) {
+// Allocates nothing: on the worker's thread nobody would catch std::bad_alloc.
+bool CLogSinkFile::writeText(std::string_view text, const char* failure) {
     std::int64_t size = 0;
     const bool sized = mFile.getSize(size);
     if (sized && size + static_cast<std::int64_t>(text.size()) >= std::int64_t{muiMaxSize}) {

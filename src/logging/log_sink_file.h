@@ -6,6 +6,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "logging/log_sink.h"
@@ -42,8 +43,9 @@ class CLogSinkFile : public CLogSink {
     // Deletes old files of the log directory. Only names longer than 12 characters count, and only
     // their last 12 ("YYYYMMDD.log"): a file is old if they sort before the local date of `days`
     // days ago. `deleted` counts the deleted files, `failed` those that could not be deleted, for
-    // example directories. Returns false if no file is open or the clock shows less than `days`
-    // days since 1970.
+    // example directories. The open file counts like the others: once it is old, it is deleted
+    // and its further lines are lost. Returns false if no file is open or the clock shows less than
+    // `days` days since 1970.
     bool houseKeep(int days, unsigned int& deleted, unsigned int& failed);
 
   private:
@@ -51,7 +53,7 @@ class CLogSinkFile : public CLogSink {
     std::string searchPattern() const;
     std::vector<std::string> filesBefore(const std::string& cutOffDate) const;
     bool writeEvent(const CLogEvent& event);
-    bool writeText(const std::string& text, const char* failure);
+    bool writeText(std::string_view text, const char* failure);
 
     CLogger& mLogger;
     bool mbIsInitialised = false;  // true while the file is open

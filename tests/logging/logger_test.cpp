@@ -10,6 +10,7 @@
 
 #include "ini_file/file_config.h"
 #include "logging/log_sink_file.h"
+#include "support/allocations.h"
 #include "support/files.h"
 #include "support/wait_until.h"
 
@@ -84,7 +85,9 @@ TEST_F(LogSinkFile, LineShowsTheEventAndIsCut) {
     for (const char* name : {"-", "DBG", "INF", "WRN", "ERR", "-"}) {
         const auto event = makeEvent(level++, std::string(300, 't'));
         EXPECT_EQ(std::string(255, 't'), event->getMessage());
+        support::countAllocations();
         mSink.handleEvent(event);
+        EXPECT_EQ(0, support::allocations()) << "a worker cannot catch a failed one";
         const std::string line = "\n["s + event->getTimestamp() + "] :[" + std::string(31, 'M') +
                                  "], [42], [" + name + "], " + event->getMessage();
         expected += line.substr(0, 256);
