@@ -15,7 +15,7 @@ namespace {
 using app::CApplication;
 using core::CEvtMgr;
 using core_utils::CWorkQueue;
-using support::printedOnStderrBy;
+using Numbers = std::vector<int>;
 using support::waitUntil;
 
 constexpr std::uint32_t EVENT = 7;
@@ -36,7 +36,7 @@ struct CTestHandler : core::IEvtHandler {
     std::shared_ptr<CWorkQueue> getWorkQueue() override { return mpQueue; }
 
     const std::shared_ptr<CWorkQueue> mpQueue;
-    std::vector<int> mNumbers;
+    Numbers mNumbers;
     std::thread::id mThread;
     std::atomic<int> miHandled{0};
 };
@@ -57,67 +57,62 @@ int drain(CWorkQueue& queue) {
     return items;
 }
 
-TEST(EventManager, KeepsATableAndDeletesWhatAQueueRefuses) {
+TEST(EventManager, QueuesOneItemASubscriptionAndDeletesWhatAQueueRefuses) {
     const auto queue = std::make_shared<CWorkQueue>("default");
     const auto fullQueue = std::make_shared<CWorkQueue>("full");
     fullQueue->setMaxWorkLoad(0);
     CEvtMgr manager(queue);
     const auto one = std::make_shared<CTestHandler>();
+    const auto refused = std::make_shared<CTestHandler>(fullQueue);
     const auto event = std::make_shared<CTestEvent>();
-    const auto delivered = [&] {
-        EXPECT_FALSE(manager.publish(event));
-        const int items = drain(*queue);
-        EXPECT_EQ(1, event.use_count()) << "nothing is left of a refused item";
-        return items;
-    };
     EXPECT_FALSE(manager.publish(nullptr));
     EXPECT_FALSE(manager.subscribe(EVENT, nullptr));
     EXPECT_FALSE(manager.unsubscribe(EVENT, one)) << "an empty table";
-    EXPECT_EQ(0, delivered()) << "no subscriber";
-    EXPECT_TRUE(manager.subscribe(EVENT, std::make_shared<CTestHandler>(fullQueue)));
+    EXPECT_FALSE(manager.publish(event)) << "no subscriber";
+    EXPECT_TRUE(manager.subscribe(EVENT, refused));
     for (const std::uint32_t id : {EVENT, EVENT, EVENT + 1})
         EXPECT_TRUE(manager.subscribe(id, one));
-    EXPECT_EQ(2, delivered()) << "one for each entry, also after a refusal";
-    EXPECT_TRUE(manager.publish(event, queue)) << "every item to the queue that is given";
+    EXPECT_FALSE(manager.publish(event)) << "one is refused";
+    EXPECT_EQ(2, drain(*queue)) << "the others are not";
+    EXPECT_EQ(1, event.use_count()) << "nothing is left of the refused item";
+    EXPECT_TRUE(manager.publish(event, queue)) << "not on the handlers' own queues";
     EXPECT_EQ(3, drain(*queue));
-    EXPECT_TRUE(manager.unsubscribe(EVENT, one)) << "both entries, of this event alone";
+    EXPECT_TRUE(manager.unsubscribe(EVENT, one)) << "twice, and from this event alone";
     EXPECT_TRUE(manager.unsubscribeAll(one));
-    EXPECT_FALSE(manager.unsubscribe(EVENT + 1, one));
-    EXPECT_FALSE(manager.unsubscribeAll(one));
+    EXPECT_FALSE(manager.unsubscribe(EVENT, one) || manager.unsubscribeAll(one));
 }
 
-TEST(Application, DeliversBetweenStartAndStopOnlyToEachHandlerOnTheThreadOfItsQueue) {
+TEST(Application, DeliversInOrderOnTheThreadOfEachHandlersQueueUntilItIsStopped) {
     const auto ownQueue = std::make_shared<CWorkQueue>("own");
-    const auto first = std::make_shared<CTestHandler>();
-    const auto second = std::make_shared<CTestHandler>(ownQueue);
+    const std::shared_ptr<CTestHandler> handlers[] = {std::make_shared<CTestHandler>(),
+                                                      std::make_shared<CTestHandler>(ownQueue)};
     const auto event = std::make_shared<CTestEvent>();
     CTestApplication application("Test");
-    EXPECT_FALSE(application.subscribe(EVENT, first));
+    EXPECT_FALSE(application.subscribe(EVENT, handlers[0]));
     EXPECT_FALSE(application.publish(event));
-    EXPECT_FALSE(application.unsubscribe(EVENT, first));
-    EXPECT_FALSE(application.forwardToEvtMgr(first));
-    EXPECT_EQ(" !!!!!!!!!!!!!!!!! WORKQUE NOT READY !!!!!!!!!!!!!!!!! \n",
-              printedOnStderrBy([&] { EXPECT_EQ(nullptr, application.getWorkQueue()); }));
-    EXPECT_EQ("CApplication: start Test\n",
-              printedOnStderrBy([&] { EXPECT_TRUE(application.start()); }));
-    EXPECT_TRUE(application.subscribe(EVENT, first));
-    EXPECT_TRUE(application.subscribe(EVENT, second));
+    EXPECT_FALSE(application.unsubscribe(EVENT, handlers[0]));
+    EXPECT_FALSE(application.forwardToEvtMgr(handlers[0]));
+    EXPECT_EQ(nullptr, application.getWorkQueue());
+    EXPECT_TRUE(application.start());
     core_utils::CWorker ownWorker(ownQueue, 1);
     ASSERT_TRUE(ownWorker.start());
-    std::vector<int> numbers(200);
+    for (const auto& handler : handlers)
+        EXPECT_TRUE(application.subscribe(EVENT, handler));
+    Numbers numbers(200);
     std::iota(numbers.begin(), numbers.end(), 0);
     for (const int number : numbers)
         EXPECT_TRUE(application.publish(std::make_shared<CTestEvent>(number)));
-    for (const auto& handler : {first, second}) {
+    for (const auto& handler : handlers) {
         ASSERT_TRUE(waitUntil([&] { return handler->miHandled == 200; }));
         EXPECT_EQ(numbers, handler->mNumbers);
         EXPECT_NE(std::this_thread::get_id(), handler->mThread);
-        EXPECT_TRUE(application.forwardToEvtMgr(handler));
     }
-    EXPECT_NE(first->mThread, second->mThread);
+    EXPECT_NE(handlers[0]->mThread, handlers[1]->mThread);
+    EXPECT_TRUE(application.unsubscribe(EVENT, handlers[0]));
+    EXPECT_TRUE(application.forwardToEvtMgr(handlers[1]));
     EXPECT_FALSE(application.publish(event));
     EXPECT_EQ("CApplication end: Test\n",
-              printedOnStderrBy([&] { EXPECT_FALSE(application.stop()); }));
+              support::printedOnStderrBy([&] { EXPECT_FALSE(application.stop()); }));
     const core_utils::CAbsWorkerThread& thread = *application.mpOwnWorker;
     EXPECT_TRUE(thread.isStopped());
     EXPECT_TRUE(application.start()) << "again; its destructor stops it";

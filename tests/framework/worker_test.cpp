@@ -1,17 +1,17 @@
+#include "framework/worker.h"
+
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <chrono>
 #include <limits>
 
-#include "framework/worker.h"
 #include "support/files.h"
 #include "support/wait_until.h"
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
 using Numbers = std::vector<int>;
+using support::printedOnStderrBy;
 
 struct CTestQueue : core_utils::CWorkQueue {
     using CWorkQueue::CWorkQueue;
@@ -28,7 +28,8 @@ struct CItem : core_utils::IWorkItem {
     const int miNumber;
 };
 
-int pushUntilRefused(CTestQueue& queue) {
+// How many items the queue takes.
+int fill(CTestQueue& queue) {
     for (int accepted = 0;; ++accepted) {
         auto item = std::make_unique<CItem>(accepted);
         if (!queue.pushWork(item.get())) return accepted;
@@ -36,7 +37,7 @@ int pushUntilRefused(CTestQueue& queue) {
     }
 }
 
-// Ends with an empty poll.
+// Ends with an empty pop.
 Numbers drain(CTestQueue& queue) {
     executed.clear();
     for (core_utils::IWorkItem* item = nullptr; queue.popWork(item); delete item)
@@ -44,51 +45,48 @@ Numbers drain(CTestQueue& queue) {
     return executed;
 }
 
-TEST(WorkQueue, LimitLeavesTheItemWithTheCallerAndLoosensByEmptyPollsWithoutAWrap) {
+TEST(WorkQueue, EmptyPopsRaiseTheLimitButNeverWrapTheCount) {
     constexpr std::int32_t FLOOR = std::numeric_limits<std::int32_t>::min();
     CTestQueue queue("test");
     queue.setMaxWorkLoad(2);
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(2, pushUntilRefused(queue));
-    EXPECT_EQ(1, deleted) << "the refused item, by its owner";
-    EXPECT_EQ((Numbers{0, 1}), drain(queue)) << "oldest first";
+    EXPECT_EQ(2, fill(queue));
+    EXPECT_EQ(1, deleted) << "the caller owns what is refused";
+    EXPECT_EQ((Numbers{0, 1}), drain(queue));
     drain(queue);
-    EXPECT_EQ(2 + 2, pushUntilRefused(queue));
-    drain(queue);
+    EXPECT_EQ(2 + 2, fill(queue));
     queue.miWorkCount = FLOOR;
     drain(queue);
     EXPECT_EQ(FLOOR, queue.miWorkCount);
+}
 
-    queue.miWorkCount = 2;
+TEST(WorkQueue, StopWorkIgnoresTheLimitAndLaterPushesAreReported) {
+    CTestQueue queue("test");
+    queue.setMaxWorkLoad(0);
     EXPECT_FALSE(queue.stopWork(nullptr));
-    EXPECT_FALSE(queue.pushWork(nullptr));
-    EXPECT_TRUE(queue.stopWork(new CItem(7))) << "whatever the limit";
+    EXPECT_TRUE(queue.stopWork(new CItem(7)));
     queue.setMaxWorkLoad(std::numeric_limits<std::int32_t>::max());
-    EXPECT_TRUE(queue.pushWork(new CItem(8)));
-    queue.miWorkCount = 0x3FFFFFFF;
-    EXPECT_EQ(0, pushUntilRefused(queue));
+    EXPECT_FALSE(queue.pushWork(nullptr));
+    EXPECT_EQ("After stopwork() pushWork - miWorkCount 1\n",
+              printedOnStderrBy([&] { EXPECT_TRUE(queue.pushWork(new CItem(8))); }));
     EXPECT_EQ((Numbers{7, 8}), drain(queue));
-    EXPECT_EQ(
-        "pushWork - miWorkCount 2 - miMaxWorkLoad 2\n"
-        "pushWork - miWorkCount 2 - miMaxWorkLoad 2\n"
-        "After stopwork() pushWork - miWorkCount 3\n"
-        "pushWork - miWorkCount 1073741823 - miMaxWorkLoad 1073741823\n",
-        testing::internal::GetCapturedStderr());
+    queue.miWorkCount = 0x3FFFFFFF;
+    EXPECT_EQ("pushWork - miWorkCount 1073741823 - miMaxWorkLoad 1073741823\n",
+              printedOnStderrBy([&] { EXPECT_EQ(0, fill(queue)); }));
 }
 
 TEST(Worker, ExecutesOneItemAPeriodAndCanBeStartedAgain) {
     constexpr std::chrono::microseconds PERIOD(20000);
     const auto queue = std::make_shared<CTestQueue>("test");
     core_utils::CWorker worker(queue, PERIOD.count());
+    core_utils::CAbsWorkerThread& thread = worker;
     const auto expectExecution = [&queue](int items) {
         const int end = deleted + items;
         while (items-- > 0)
             queue->pushWork(new CItem(0));
         EXPECT_TRUE(support::waitUntil([end] { return deleted == end; }));
     };
-    core_utils::CAbsWorkerThread& thread = worker;
-    EXPECT_TRUE(thread.isStopped());
     thread.stop();
+    EXPECT_TRUE(thread.isStopped());
     EXPECT_NE(0, thread.start());
     EXPECT_EQ(0, thread.start()) << "there is a thread already";
     EXPECT_FALSE(thread.isStopped());
@@ -96,18 +94,17 @@ TEST(Worker, ExecutesOneItemAPeriodAndCanBeStartedAgain) {
     thread.stop();
     EXPECT_TRUE(thread.isStopped());
 
-    const auto begin = Clock::now();
+    const auto begin = std::chrono::steady_clock::now();
     EXPECT_TRUE(worker.start()) << "a stop request of the past does not count";
     EXPECT_EQ("thread alread started \n",
               support::printedBy([&] { EXPECT_FALSE(worker.start()); }));
     expectExecution(2);
     EXPECT_FALSE(worker.stop());
-    EXPECT_GE(Clock::now() - begin, 2 * PERIOD) << "the second item, and the pause after it";
+    EXPECT_GE(std::chrono::steady_clock::now() - begin, 2 * PERIOD) << "a pause after each item";
 
     EXPECT_TRUE(worker.start());
     worker.requestStop();
-    support::printedBy(
-        [&] { EXPECT_TRUE(support::waitUntil([&] { return worker.start(); })) << "nor this one"; });
+    support::printedBy([&] { EXPECT_TRUE(support::waitUntil([&] { return worker.start(); })); });
     expectExecution(1);
 }
 
