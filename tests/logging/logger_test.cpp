@@ -54,6 +54,7 @@ using Logger = LogSinkFile;
 TEST_F(Logger, WritesADatedFileWithOneLineForEachLostLookup) {
     EXPECT_FALSE(mLogger.log(new CLogEvent(1, 4, "Module", "before the start")));
     ASSERT_TRUE(mLogger.start(DIRECTORY, 100000) && mLogger.addLogSink(CLogger::SINK_FILE));
+    EXPECT_EQ(50U, mLogger.getParameter());
     support::writeFile(support::configPath("test.cfg"), "[Sec]\n");
     core_utils::CFileConfig file;
     ASSERT_TRUE(file.open(support::configPath("test.cfg"), "rb"));
