@@ -3,8 +3,11 @@
 #include <signal.h>
 
 #include <algorithm>
+#include <fstream>
 #include <iostream>
+#include <sstream>
 
+#include "shmconf/json_form.h"
 #include "shmconf/output.h"
 
 namespace shmconf {
@@ -30,12 +33,43 @@ std::vector<sRow> readRows(const CSegment& segment, const std::vector<sObject>& 
     return rows;
 }
 
+std::vector<sRow> readExisting(const CSegment& segment) {
+    std::vector<sRow> rows = readRows(segment, allObjects());
+    const auto isAbsent = [](const sRow& row) { return row.contents.state == eState::ABSENT; };
+    rows.erase(std::remove_if(rows.begin(), rows.end(), isAbsent), rows.end());
+    return rows;
+}
+
+void nameThoseWithoutValues(const std::vector<sRow>& rows) {
+    for (const sRow& row : rows) {
+        if (isPresent(row)) continue;
+        std::cerr << "shmconf: " << row.object.name << ' ' << describe(row) << '\n';
+    }
+}
+
+bool isIdentity(const sRow& row) {
+    return std::string(row.object.name) == "CNF_DEV_TYP_MEM";
+}
+
+std::string readInput(const std::string& file) {
+    std::ostringstream text;
+    if (file == "-") {
+        text << std::cin.rdbuf();
+    } else {
+        std::ifstream input(file, std::ios::binary);
+        text << input.rdbuf();
+        if (!input) throw CToolError(STATUS_USAGE, "cannot read " + file);
+    }
+    return text.str();
+}
+
 void print(std::ostream& out, const std::vector<sRow>& rows, eFormat format) {
     switch (format) {
         case eFormat::COLUMNS:
             return printTable(out, rows);
         case eFormat::JSON:
-            return printJson(out, rows);
+            out << toJson(rows);
+            return;
         case eFormat::RAW:
             return printRaw(out, rows);
     }
@@ -53,11 +87,8 @@ void printChanged(std::ostream& out, const std::vector<sRow>& rows) {
 }  // namespace
 
 void listObjects(std::ostream& out, bool all, eFormat format) {
-    std::vector<sRow> rows = readRows(CSegment(false), allObjects());
-    if (!all) {
-        const auto isAbsent = [](const sRow& row) { return row.contents.state == eState::ABSENT; };
-        rows.erase(std::remove_if(rows.begin(), rows.end(), isAbsent), rows.end());
-    }
+    const std::vector<sRow> rows =
+        all ? readRows(CSegment(false), allObjects()) : readExisting(CSegment(false));
     if (rows.empty()) {
         std::cerr << "shmconf: the segment holds none of the objects; --all lists them\n";
     }
@@ -68,15 +99,31 @@ eExitStatus getObjects(std::ostream& out, const Words& objects, eFormat format) 
     const std::vector<sObject> found = findObjects(objects);
     const std::vector<sRow> rows = readRows(CSegment(false), found);
     print(out, rows, format);
-    if (std::all_of(rows.begin(), rows.end(), isPresent)) return STATUS_DONE;
-    if (format == eFormat::RAW) {
-        for (const sRow& row : rows) {
-            if (!isPresent(row)) {
-                std::cerr << "shmconf: " << row.object.name << ' ' << describe(row) << '\n';
-            }
+    if (format == eFormat::RAW) nameThoseWithoutValues(rows);
+    return std::all_of(rows.begin(), rows.end(), isPresent) ? STATUS_DONE : STATUS_FAILED;
+}
+
+eExitStatus dumpObjects(std::ostream& out) {
+    const std::vector<sRow> rows = readExisting(CSegment(false));
+    out << toJson(rows);
+    nameThoseWithoutValues(rows);
+    return std::all_of(rows.begin(), rows.end(), isPresent) ? STATUS_DONE : STATUS_FAILED;
+}
+
+void loadObjects(std::ostream& out, const sLoadOptions& options) {
+    std::vector<sRow> rows = fromJson(readInput(options.file));
+    CSegment segment(options.create);
+    const auto identity = std::find_if(rows.begin(), rows.end(), isIdentity);
+    if (identity != rows.end() && !options.identity) {
+        if (describe({identity->object, segment.read(identity->object)}) != describe(*identity)) {
+            std::cerr << "shmconf: the identity was left as it is, not made " << describe(*identity)
+                      << "; --identity writes it\n";
         }
+        rows.erase(identity);
     }
-    return STATUS_FAILED;
+    for (const sRow& row : rows)
+        segment.write(row.object, row.contents.values);
+    out << "wrote " << rows.size() << (rows.size() == 1 ? " object\n" : " objects\n");
 }
 
 void setObject(std::ostream& out, const std::string& object, const Words& values, bool create) {

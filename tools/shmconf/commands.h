@@ -45,6 +45,19 @@ eExitStatus unsetObjects(std::ostream& out, const Words& objects);
 // All objects if none is named.
 void watchObjects(std::ostream& out, const Words& objects, const sWatchOptions& options);
 
+// All objects that exist, as JSON. STATUS_FAILED if one cannot be shown; the others are.
+eExitStatus dumpObjects(std::ostream& out);
+
+struct sLoadOptions {
+    std::string file = "-";  // standard input
+    bool identity = false;
+    bool create = false;
+};
+
+// Writes what dumpObjects() has printed, object by object once all of it is checked; leaves the
+// others alone, and the identity unless it is asked for. Says on `out` how many were written.
+void loadObjects(std::ostream& out, const sLoadOptions& options);
+
 // The directory, with no segment needed: identifier, name and type, one object a line.
 void printDirectory(std::ostream& out);
 

@@ -31,6 +31,7 @@ struct sArguments {
     bool create = false;
     std::string object;
     sElement element;
+    sLoadOptions load;
     Words objects;
     Words behindMark;
     unsigned int count = 0;
@@ -109,6 +110,17 @@ void defineChanging(CLI::App& app, sArguments& arguments, eExitStatus& status) {
     unset->callback([&] { status = unsetObjects(std::cout, arguments.objects); });
 }
 
+void defineBackup(CLI::App& app, sArguments& arguments, eExitStatus& status) {
+    auto* dump = app.add_subcommand("dump", "Print all objects that exist, for load");
+    dump->callback([&] { status = dumpObjects(std::cout); });
+
+    auto* load = app.add_subcommand("load", "Write the objects that dump has printed");
+    load->add_option("FILE", arguments.load.file, "- for standard input")->capture_default_str();
+    load->add_flag("--identity", arguments.load.identity, "Write the instrument's identity, too");
+    load->add_flag("--create", arguments.load.create, "Create the segment if there is none");
+    load->callback([&] { loadObjects(std::cout, arguments.load); });
+}
+
 void defineWatching(CLI::App& app, sArguments& arguments) {
     auto* watch = app.add_subcommand("watch", "Print changes as they happen");
     watch->add_option("OBJECT", arguments.objects, "Default: all");
@@ -146,6 +158,7 @@ eExitStatus run(Words words) {
     eExitStatus status = STATUS_DONE;
     defineReading(app, arguments, status);
     defineChanging(app, arguments, status);
+    defineBackup(app, arguments, status);
     defineWatching(app, arguments);
     app.add_subcommand("help", "Show this, the usage of a command, or all objects");
 

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <iomanip>
-#include <nlohmann/json.hpp>
 #include <ostream>
 
 #include "support/format.h"
@@ -15,8 +14,6 @@ namespace {
 constexpr std::size_t COLUMNS = 5;
 using Cells = std::array<std::string, COLUMNS>;
 
-constexpr const char* STATE_NAMES[] = {"absent", "unreadable", "present"};
-
 std::size_t countOf(const Values& values) {
     return std::visit([](const auto& elements) { return elements.size(); }, values);
 }
@@ -25,16 +22,6 @@ Cells cellsOf(const sRow& row) {
     const bool present = row.contents.state == eState::PRESENT;
     return {std::to_string(row.object.id), row.object.name, typeName(row.object.element),
             present ? std::to_string(countOf(row.contents.values)) : "-", describe(row)};
-}
-
-nlohmann::ordered_json toJson(const sRow& row) {
-    nlohmann::ordered_json json = {{"id", row.object.id},
-                                   {"name", row.object.name},
-                                   {"type", typeName(row.object.element)},
-                                   {"state", STATE_NAMES[static_cast<int>(row.contents.state)]}};
-    if (row.contents.state != eState::PRESENT) return json;
-    std::visit([&json](const auto& elements) { json["values"] = elements; }, row.contents.values);
-    return json;
 }
 
 const std::string& rawText(const std::string& text) {
@@ -78,14 +65,6 @@ void printTable(std::ostream& out, const std::vector<sRow>& rows) {
         }
         out << line.erase(line.find_last_not_of(' ') + 1) << '\n';
     }
-}
-
-void printJson(std::ostream& out, const std::vector<sRow>& rows) {
-    nlohmann::ordered_json json = nlohmann::ordered_json::array();
-    for (const sRow& row : rows)
-        json.push_back(toJson(row));
-    constexpr int INDENT = 2;
-    out << json.dump(INDENT, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << '\n';
 }
 
 void printRaw(std::ostream& out, const std::vector<sRow>& rows) {

@@ -20,10 +20,6 @@ std::string describe(const sRow& row);
 
 void printTable(std::ostream& out, const std::vector<sRow>& rows);
 
-// An array with one member for each row. JSON knows only UTF-8 and finite numbers: other bytes
-// become the replacement character, other numbers null.
-void printJson(std::ostream& out, const std::vector<sRow>& rows);
-
 // The values alone, one a line, texts as they are: one with a line end in it takes more lines.
 void printRaw(std::ostream& out, const std::vector<sRow>& rows);
 
