@@ -19,5 +19,5 @@ install_packages() {
     if ((EUID != 0)); then run=(sudo "${run[@]}"); fi
     echo "installing: ${missing[*]}"
     "${run[@]}" apt-get -qq update </dev/null
-    "${run[@]}" apt-get -qq install --no-install-recommends -y "${missing[@]}" </dev/null
+    "${run[@]}" apt-get -qq -o DPkg::Lock::Timeout=300 install --no-install-recommends -y "${missing[@]}" </dev/null
 }
