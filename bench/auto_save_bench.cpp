@@ -13,6 +13,8 @@
 
 #include "config/handlers/auto_save_handler.h"
 #include "config/manager/hxl_config_handler.h"
+#include "config/schema/auto_save_schema.h"
+#include "config/schema/config_paths.h"
 #include "ini_file/file_config.h"
 #include "shared_memory/object_directory.h"
 #include "shared_memory/shared_memory.h"
@@ -22,8 +24,6 @@ namespace {
 using hxl_config_handler::configFilePath;
 using hxl_config_handler::CSingletonHxlConfigHandler;
 using Clock = std::chrono::steady_clock;
-
-constexpr char FILE_NAME[] = "conf_auto_save.cfg";
 
 class CHandler : public CConfigAutoSaveHandler {
   public:
@@ -45,17 +45,11 @@ class CSegment : public core_utils::CSharedMemory {
 
 // Seeds a fresh file and the segment with the defaults of a 100 V instrument.
 void seed() {
-    std::ofstream(configFilePath(FILE_NAME)) << "[CONF_STATUS]\nSTATE=0\n";
+    std::ofstream(configFilePath(hxl_config_handler::AUTO_SAVE_FILE_NAME))
+        << "[CONF_STATUS]\nSTATE=0\n";
     auto& facade = *CSingletonHxlConfigHandler::getInstance();
     facade.setDevTypeInfo(2, 2, false);
     facade.loadAutoSaveConfig();
-}
-
-const char* nameOf(unsigned int id) {
-    const auto& directory = core_utils::OBJECT_DIRECTORY;
-    return std::find_if(std::begin(directory), std::end(directory),
-                        [id](const auto& object) { return object.id == static_cast<int>(id); })
-        ->name;
 }
 
 void pollCycle(benchmark::State& state) {
@@ -83,7 +77,7 @@ struct sItems {
     explicit sItems(const std::vector<unsigned int>& ids) {
         auto& facade = *CSingletonHxlConfigHandler::getInstance();
         for (const unsigned int id : ids) {
-            names.push_back(nameOf(id));
+            names.push_back(core_utils::objectOf(static_cast<int>(id))->name);
             stored.push_back(facade.getConfValues<Stored>(static_cast<int>(id)));
         }
     }
@@ -126,7 +120,8 @@ void changeToFile(benchmark::State& state) {
     CHandler handler;
     handler.start();
     CSegment segment;
-    const int descriptor = open(configFilePath(FILE_NAME).c_str(), O_RDONLY);
+    const int descriptor =
+        open(configFilePath(hxl_config_handler::AUTO_SAVE_FILE_NAME).c_str(), O_RDONLY);
     std::vector<double> latencies;
     // The handler publishes the file's values when it starts: only after that a change stays.
     double value = 1.0;
@@ -161,7 +156,7 @@ void fileRewrite(benchmark::State& state) {
     for (auto _ : state) {
         value = value < 9.0 ? value + 0.5 : 1.0;
         core_utils::CFileConfig file;
-        file.open(configFilePath(FILE_NAME), "r+b");
+        file.open(configFilePath(hxl_config_handler::AUTO_SAVE_FILE_NAME), "r+b");
         file.write("CONF_ITEM_DBL", "VOL_LVL", value);
         file.close();
     }

@@ -15,8 +15,8 @@
 #include <utility>
 #include <vector>
 
-#include "config/processors/config_processor.h"
-#include "config/records/preset_data.h"
+#include "config/schema/config_paths.h"
+#include "config/schema/preset_schema.h"
 #include "ini_file/file_config.h"
 
 namespace {
@@ -25,23 +25,22 @@ using hxl_config_handler::configFilePath;
 using Lookup = std::pair<std::string, std::string>;  // section, key
 
 const std::string& path() {
-    static const std::string PATH = configFilePath("conf_preset.cfg");
+    static const std::string PATH = configFilePath(hxl_config_handler::PRESET_FILE_NAME);
     return PATH;
 }
 
 // The look-ups of a load, in its order.
 std::vector<Lookup> lookups() {
     std::vector<Lookup> all;
-    for (int preset = 1; preset <= 5; ++preset) {
-        const std::string section =
-            "INSTRUMENT_SETTING_" + std::to_string(preset) + "_100_VOLTS_DEV";
+    for (const auto& memory : hxl_config_handler::PRESET_MEMORIES) {
+        const std::string section = hxl_config_handler::presetSection(memory.number, 2);
         for (const auto& setting : hxl_config_handler::PRESET_NUMBERS) {
             all.emplace_back(section, setting.key);
         }
         for (const auto& setting : hxl_config_handler::PRESET_STATES) {
             all.emplace_back(section, setting.key);
         }
-        all.emplace_back(section, "ChnConnMode");
+        all.push_back(all.back());
     }
     return all;
 }

@@ -2,17 +2,16 @@
 
 #include <pthread.h>
 
-#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <exception>
 #include <new>
-#include <stdexcept>
 #include <string_view>
 
 #include "ini_file/chunk_reader.h"
 #include "ini_file/chunk_syntax.h"
+#include "ini_file/number_text.h"
 #include "logging/logger.h"
 
 namespace core_utils {
@@ -103,15 +102,6 @@ bool readLoggedToken(CFileConfig& file, const std::string& section, const std::s
 }
 
 }  // namespace
-
-double toDouble(const char* text) {
-    errno = 0;
-    char* end = nullptr;
-    const double number = std::strtod(text, &end);
-    if (end == text) throw std::invalid_argument("stod");
-    if (errno == ERANGE) throw std::out_of_range("stod");
-    return number;
-}
 
 bool CFileConfig::open(const char* path, const char* mode) {
     if (!mFile.open(path, mode)) return false;

@@ -11,11 +11,6 @@
 
 namespace core_utils {
 
-// `text` as C reads a floating-point number. Throws std::invalid_argument if it begins with none
-// and std::out_of_range if a double cannot hold it; both say "stod" with every C++ library, as
-// the text ends up in printed lines.
-double toDouble(const char* text);
-
 class CChunkReader;
 
 // The file stays open between open() and close(). Every access scans it from its start, in chunks
@@ -74,7 +69,8 @@ class CFileConfig {
     bool readValue(const char* section, const char* key, char* buffer, int* ioSize);
 
     // Typed lookups. On failure they print section and key and leave `out` unchanged. Non-numeric
-    // text reads as 0, except in the double reader, which throws the exceptions of toDouble().
+    // text reads as 0, except in the double reader, which throws the exceptions of toDouble()
+    // (number_text.h).
     bool read(const std::string& section, const std::string& key, int& out);
     bool read(const std::string& section, const std::string& key, std::string& out);
     bool read(const std::string& section, const std::string& key, float& out);

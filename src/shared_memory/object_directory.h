@@ -7,6 +7,12 @@ namespace core_utils {
 // The elements of an object's vector.
 enum class eElement { DOUBLE, BYTE, TEXT };
 
+// What an element is called in messages and in output.
+constexpr const char* nameOf(eElement element) {
+    constexpr const char* NAMES[] = {"double", "byte", "text"};
+    return NAMES[static_cast<int>(element)];
+}
+
 struct sSharedObject {
     int id;
     const char* name;
@@ -38,6 +44,19 @@ inline constexpr sSharedObject OBJECT_DIRECTORY[] = {
     {39, "CNF_PM4_SEL_MEM", eElement::BYTE},   {40, "CNF_PM5_DBL_MEM", eElement::DOUBLE},
     {41, "CNF_PM5_SEL_MEM", eElement::BYTE},   {48, "CNF_DEV_TYP_MEM", eElement::TEXT},
 };
+
+// The object's row; null if no object has this identifier.
+constexpr const sSharedObject* objectOf(int id) {
+    for (const sSharedObject& object : OBJECT_DIRECTORY) {
+        if (object.id == id) return &object;
+    }
+    return nullptr;
+}
+
+constexpr bool hasElements(int id, eElement element) {
+    const sSharedObject* object = objectOf(id);
+    return object != nullptr && object->element == element;
+}
 
 }  // namespace core_utils
 

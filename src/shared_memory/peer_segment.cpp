@@ -24,8 +24,6 @@ using std::chrono::steady_clock;
 using eOutcome = CPeerSegment::eOutcome;
 using sResult = CPeerSegment::sResult;
 
-constexpr const char* ELEMENT_NAMES[] = {"double", "byte", "text"};
-
 template <typename Value>
 constexpr eElement ELEMENT = eElement::DOUBLE;
 template <>
@@ -33,10 +31,9 @@ constexpr eElement ELEMENT<unsigned char> = eElement::BYTE;
 template <>
 constexpr eElement ELEMENT<std::string> = eElement::TEXT;
 
-template <typename Matches>
-const sSharedObject* findInDirectory(Matches matches) {
-    const auto* object =
-        std::find_if(std::begin(OBJECT_DIRECTORY), std::end(OBJECT_DIRECTORY), matches);
+const sSharedObject* objectOf(const std::string& name) {
+    const auto* object = std::find_if(std::begin(OBJECT_DIRECTORY), std::end(OBJECT_DIRECTORY),
+                                      [&](const sSharedObject& row) { return name == row.name; });
     return object != std::end(OBJECT_DIRECTORY) ? object : nullptr;
 }
 
@@ -61,8 +58,8 @@ sResult notAttached() {
     return {eOutcome::NO_SEGMENT, "not attached to " + segmentName() + ": no attach() or open()"};
 }
 sResult typeMismatch(const sSharedObject& object) {
-    return {eOutcome::TYPE_MISMATCH, std::string(object.name) + " has elements of type " +
-                                         ELEMENT_NAMES[static_cast<int>(object.element)]};
+    return {eOutcome::TYPE_MISMATCH,
+            std::string(object.name) + " has elements of type " + nameOf(object.element)};
 }
 
 sResult toResult(const sSharedObject& object, eAccess access) {
@@ -71,8 +68,7 @@ sResult toResult(const sSharedObject& object, eAccess access) {
         case eAccess::NO_OBJECT:
             return {eOutcome::NO_OBJECT, "nobody has written " + name + " yet"};
         case eAccess::NO_VECTOR:
-            return {eOutcome::NO_VECTOR, name + " is no vector of type " +
-                                             ELEMENT_NAMES[static_cast<int>(object.element)]};
+            return {eOutcome::NO_VECTOR, name + " is no vector of type " + nameOf(object.element)};
         case eAccess::DONE:
             break;
     }
@@ -138,13 +134,9 @@ sResult CPeerSegment::sAttachment::take(milliseconds interval, std::shared_ptr<S
     return state;
 }
 
-CPeerSegment::sKey::sKey(int id)
-    : object(findInDirectory([&](const sSharedObject& row) { return row.id == id; })),
-      text(std::to_string(id)) {}
+CPeerSegment::sKey::sKey(int id) : object(objectOf(id)), text(std::to_string(id)) {}
 
-CPeerSegment::sKey::sKey(const std::string& name)
-    : object(findInDirectory([&](const sSharedObject& row) { return name == row.name; })),
-      text(name) {}
+CPeerSegment::sKey::sKey(const std::string& name) : object(objectOf(name)), text(name) {}
 
 CPeerSegment::CPeerSegment() = default;
 CPeerSegment::CPeerSegment(CPeerSegment&&) noexcept = default;

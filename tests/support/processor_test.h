@@ -7,7 +7,7 @@
 #include <stdexcept>
 
 #include "config/processors/config_processor.h"
-#include "config/processors/value_list.h"
+#include "config/schema/value_text.h"
 #include "support/files.h"
 #include "support/peer.h"
 

@@ -133,7 +133,7 @@ class CFileCheck {
 
     void add(const sItem& item, const std::string& value, eSource source, const std::string& note) {
         mReport.values.push_back(
-            {item.section, item.key, value, note, source, mLines.lineOf(item)});
+            {item.section, item.key, item.unit, value, note, source, mLines.lineOf(item)});
     }
 
     void reportMissingSections() {

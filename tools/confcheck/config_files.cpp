@@ -3,12 +3,12 @@
 #include <cstddef>
 #include <set>
 
-#include "config/manager/current_correction.h"
-#include "config/processors/auto_save_items.h"
-#include "config/processors/dev_type_processor.h"
-#include "config/processors/dev_var_system_processor.h"
-#include "config/processors/preset_processor.h"
-#include "config/processors/system_processor.h"
+#include "config/schema/auto_save_schema.h"
+#include "config/schema/correction_schema.h"
+#include "config/schema/dev_type_schema.h"
+#include "config/schema/dev_var_schema.h"
+#include "config/schema/preset_schema.h"
+#include "config/schema/system_schema.h"
 #include "support/format.h"
 
 namespace confcheck {
@@ -18,7 +18,6 @@ namespace {
 using namespace hxl_config_handler;
 using Items = std::vector<sItem>;
 
-constexpr int LAST_DEV_TYPE = 3;
 constexpr char NOTHING[] = "";
 
 std::string toText(const char* text) {
@@ -29,58 +28,70 @@ std::string toText(Number number) {
     return tools::format(number);
 }
 
+constexpr eKind KINDS_OF_NUMBERS[] = {eKind::INTEGER, eKind::FLOAT, eKind::DOUBLE};
+
+template <std::size_t COUNT>
+void addNumbers(Items& items, const std::string& section, const sNumberRow (&rows)[COUNT],
+                int step) {
+    for (const sNumberRow& row : rows) {
+        items.push_back({section, row.key, KINDS_OF_NUMBERS[static_cast<int>(row.type)],
+                         toText(row.fallback), step, row.unit});
+    }
+}
+
 Items devTypeItems(int) {
     return {{DEV_TYPE_SECTION, DEV_TYPE_KEY, eKind::IDENTITY, NOTHING, 0}};
 }
 
-template <typename Default, std::size_t COUNT>
-void addItems(Items& items, const char* section, eKind kind,
-              const sAutoSaveItem<Default> (&table)[COUNT], int devType) {
-    for (const auto& item : table) {
-        const std::string fallback = devType == 0 ? NOTHING : toText(item.defaults[devType - 1]);
-        items.push_back({section, item.key, kind, fallback, static_cast<int>(items.size())});
-    }
+constexpr eKind kindOf(double) {
+    return eKind::DOUBLES;
+}
+constexpr eKind kindOf(unsigned char) {
+    return eKind::BYTES;
+}
+eKind kindOf(const std::string&) {
+    return eKind::TEXTS;
 }
 
 Items autoSaveItems(int devType) {
     Items items = {{STATUS_SECTION, STATE_KEY, eKind::STATE, NOTHING, 0}};
-    addItems(items, NUMBERS_SECTION, eKind::DOUBLES, NUMBER_ITEMS, devType);
-    addItems(items, BYTES_SECTION, eKind::BYTES, BYTE_ITEMS, devType);
-    addItems(items, TEXTS_SECTION, eKind::TEXTS, TEXT_ITEMS, devType);
+    forEachGroup([&](auto type) {
+        using Group = sAutoSaveGroup<decltype(type)>;
+        for (const auto& item : Group::ITEMS) {
+            const std::string fallback =
+                isKnownDevType(devType) ? toText(item.defaults[devType - 1]) : NOTHING;
+            items.push_back({Group::SECTION, item.key, kindOf(type), fallback,
+                             static_cast<int>(items.size()), item.unit});
+        }
+    });
     return items;
 }
 
 Items presetItems(int devType) {
     constexpr char ZEROS[] = "0,0";
     Items items;
-    for (int preset = 1; preset <= PRESET_COUNT; ++preset) {
-        const std::string section = presetSection(preset, devType);
+    for (const sPresetMemory& memory : PRESET_MEMORIES) {
+        const std::string section = presetSection(memory.number, devType);
         for (const auto& setting : PRESET_NUMBERS)
-            items.push_back({section, setting.key, eKind::FLOAT_PAIR, ZEROS, 0});
+            items.push_back({section, setting.key, eKind::FLOAT_PAIR, ZEROS, 0, setting.unit});
         for (const auto& setting : PRESET_STATES)
-            items.push_back({section, setting.key, eKind::BYTE_PAIR, ZEROS, 0});
+            items.push_back({section, setting.key, eKind::BYTE_PAIR, ZEROS, 0, setting.unit});
     }
     return items;
 }
 
 Items systemItems(int) {
     Items items;
-    for (const char* key : SHARING_KEYS)
-        items.push_back({SHARING_SECTION, key, eKind::DOUBLE, toText(SHARING_DEFAULT), 0});
-    items.push_back({VERSION_SECTION, VERSION_KEY, eKind::TEXT, VERSION_DEFAULT, 1});
+    addNumbers(items, SHARING_SECTION, SHARING_ROWS, 0);
+    items.push_back({VERSION_SECTION, VERSION_KEY, eKind::TEXT, VERSION_FALLBACK, 1});
     items.push_back({SYNC_SECTION, SYNC_KEY, eKind::INTEGER, NOTHING, -1});
     return items;
 }
 
 Items devVarItems(int devType) {
-    const std::string service = sectionOfVariant(SERVICE_SECTION, devType);
-    const std::string drift = sectionOfVariant(DRIFT_SECTION, devType);
     Items items;
-    for (const char* key : SERVICE_KEYS)
-        items.push_back({service, key, eKind::FLOAT, toText(SERVICE_DEFAULT), 0});
-    items.push_back({drift, TO_APPLY_KEY, eKind::INTEGER, toText(TO_APPLY_DEFAULT), 1});
-    for (const sDriftKey& key : DRIFT_KEYS)
-        items.push_back({drift, key.key, eKind::DOUBLE, toText(key.defaultValue), 1});
+    addNumbers(items, sectionOfVariant(SERVICE_SECTION, devType), SERVICE_ROWS, 0);
+    addNumbers(items, sectionOfVariant(DRIFT_SECTION, devType), DRIFT_ROWS, 1);
     return items;
 }
 
@@ -107,7 +118,7 @@ Items otherItems(const sFileItems& file, const Items& own) {
     for (const sItem& item : own)
         known.insert(item.section);
     Items others;
-    for (int devType = 0; devType <= LAST_DEV_TYPE; ++devType) {
+    for (int devType = 0; devType <= DEV_TYPE_COUNT; ++devType) {
         std::set<std::string> added;
         for (const sItem& item : file.itemsOf(devType)) {
             if (known.count(item.section) > 0) continue;

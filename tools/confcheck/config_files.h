@@ -1,4 +1,4 @@
-// The six configuration files, as the tables of those who read them say.
+// The six configuration files as flat lists of items, made from the rows of their schemas.
 #ifndef CONFCHECK_CONFIG_FILES_H
 #define CONFCHECK_CONFIG_FILES_H
 
@@ -31,6 +31,7 @@ struct sItem {
     // Of its file's load: text that is no number can end the load in its step, of which nothing is
     // published then, nor of later ones.
     int step;
+    std::string unit = {};
 };
 
 struct sConfigFile {

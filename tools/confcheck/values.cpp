@@ -6,7 +6,7 @@
 #include <type_traits>
 
 #include "config/manager/device_identity.h"
-#include "config/processors/value_list.h"
+#include "config/schema/value_text.h"
 #include "ini_file/chunk_reader.h"
 #include "support/format.h"
 
@@ -97,7 +97,7 @@ void readIdentity(sUse& use, const sItem& item, const std::string& text) {
                    ? "no identity"
                    : "device type " + std::to_string(devType) + ", " + std::to_string(channels) +
                          (channels == 1 ? " channel" : " channels");
-    if (settlingTimeOf(text) > 0) {
+    if (settlingTimeMs(text) > 0) {
         addFault(use, text, "is no usual device string: it counts as " + use.note);
     }
 }
@@ -121,7 +121,7 @@ void readDoubles(sUse& use, const sItem& item, const std::vector<std::string>& p
     for (const std::string& piece : pieces) {
         checkSpelling(use, piece, false, ENDS_LOAD);
         convertOrFail(use, piece, ENDS_LOAD, [&] {
-            values.push_back(core_utils::toDouble(piece.c_str()));
+            values.push_back(toDouble(piece));
             checkFinite(use, piece, values.back());
         });
         if (use.endsLoad) return;

@@ -12,8 +12,6 @@ namespace shmconf {
 
 namespace {
 
-constexpr const char* TYPE_NAMES[] = {"double", "byte", "text"};
-
 std::string toUpper(std::string text) {
     for (char& c : text)
         c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
@@ -56,7 +54,7 @@ sObject findById(const std::string& text, int id) {
 }  // namespace
 
 const char* typeName(eElement element) {
-    return TYPE_NAMES[static_cast<int>(element)];
+    return core_utils::nameOf(element);
 }
 
 bool isByChannel(const sObject& object) {

@@ -5,10 +5,11 @@
 #include <cstddef>
 #include <cstdio>
 #include <string>
+#include <utility>
 
-#include "config/handlers/poll_period.h"
+#include "config/handlers/poll_interval.h"
 #include "config/manager/hxl_config_handler.h"
-#include "config/processors/auto_save_items.h"
+#include "config/schema/auto_save_schema.h"
 
 using namespace hxl_config_handler;
 
@@ -17,21 +18,28 @@ namespace {
 // These follow one another twice in every cycle.
 constexpr std::array<unsigned int, 2> COMPARED_TWICE = {15, 16};
 
-template <typename Default, std::size_t COUNT>
-std::vector<unsigned int> idsOf(const sAutoSaveItem<Default> (&items)[COUNT]) {
+template <typename T>
+std::vector<unsigned int> itemIds() {
     std::vector<unsigned int> ids;
-    for (const auto& item : items)
+    for (const auto& item : sAutoSaveGroup<T>::ITEMS)
         ids.push_back(static_cast<unsigned int>(item.id));
     return ids;
 }
 
 // The stored vector's length drives the comparison: an item that was never stored is not saved,
-// and what shared memory holds beyond that length is not seen. A shorter one is a difference, but
-// nothing at all is none: there would be nothing to save.
+// and shared values beyond that length are not compared. A shorter shared vector is a change; an
+// empty or absent one is not, as there would be nothing to save.
 template <typename T>
-bool isChanged(const std::vector<T>& conf, const std::vector<T>& shm) {
-    if (shm.empty()) return false;
-    return shm.size() < conf.size() || !std::equal(conf.begin(), conf.end(), shm.begin());
+bool isChanged(CSingletonHxlConfigHandler& facade, int id) {
+    const std::vector<T>& conf = facade.getConfValues<T>(id);
+    if (conf.empty()) return false;
+    std::size_t size = 0;
+    bool equal = true;
+    const bool read = facade.visitShmValues<T>(id, [&](std::size_t index, const auto& value) {
+        ++size;
+        equal = equal && (index >= conf.size() || value == conf[index]);
+    });
+    return read && size > 0 && (size < conf.size() || !equal);
 }
 
 template <typename T>
@@ -39,8 +47,10 @@ void saveChanged(const std::vector<unsigned int>& indexes) {
     auto& facade = *CSingletonHxlConfigHandler::getInstance();
     for (const unsigned int index : indexes) {
         const int id = static_cast<int>(index);
-        const std::vector<T> shm = facade.getShmValues<T>(id);
-        if (isChanged(facade.getConfValues<T>(id), shm)) facade.saveValues(id, shm);
+        if (!isChanged<T>(facade, id)) continue;
+        std::vector<T> shm = facade.getShmValues<T>(id);
+        // A peer may have emptied it since.
+        if (!shm.empty()) facade.saveValues(id, std::move(shm));
     }
 }
 
@@ -60,9 +70,9 @@ void printItems(const std::vector<unsigned int>& indexes, const char* confLabel,
 }  // namespace
 
 CConfigAutoSaveHandler::CConfigAutoSaveHandler()
-    : mvecDblIndex(idsOf(NUMBER_ITEMS)),
-      mvecSelIndex(idsOf(BYTE_ITEMS)),
-      mvecStrIndex(idsOf(TEXT_ITEMS)) {
+    : mvecDblIndex(itemIds<double>()),
+      mvecSelIndex(itemIds<unsigned char>()),
+      mvecStrIndex(itemIds<std::string>()) {
     mstrName = "ConfigAutoSaveHandler";
     const auto last = std::find(mvecSelIndex.begin(), mvecSelIndex.end(), COMPARED_TWICE.back());
     mvecSelIndex.insert(last + 1, COMPARED_TWICE.begin(), COMPARED_TWICE.end());
@@ -72,7 +82,7 @@ void CConfigAutoSaveHandler::run() {
     CSingletonHxlConfigHandler::getInstance()->loadAutoSaveConfig();
     while (!mbStop) {
         saveChanges();
-        sleepPollPeriod();
+        sleepPollInterval();
     }
 }
 

@@ -7,12 +7,16 @@
 #include "config/handlers/config_handler.h"
 
 // Its thread loads the file once, which publishes the saved values over those that shared memory
-// holds. Then it polls all items about once a millisecond and has each one saved, with all its
-// shared values, where these differ from the stored ones; an empty or absent vector does not.
+// holds. Then it polls all items about once a millisecond, and has an item saved, with all its
+// shared values, if they differ from the stored ones. An empty or absent shared vector is no
+// change.
 //
-// The stored values drive the comparison. An item that was neither seeded nor saved since the
-// start has none and is not followed; of an item with one stored value only the first shared one
-// is. A save that fails is tried again, and prints again, in every cycle.
+// The length of the stored vector drives the comparison. It is empty for an item that was neither
+// seeded nor saved since the start: such an item is not compared. Of an item with one stored value
+// only the first shared value is. A save that fails is tried again, and prints again, in every
+// cycle; a NaN never compares equal, so its item is saved in every cycle.
+//
+// A cycle without a change allocates no memory.
 class CConfigAutoSaveHandler : public CAbsConfigHandler {
   public:
     CConfigAutoSaveHandler();

@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <tuple>
 
-#include "config/handlers/poll_period.h"
+#include "config/handlers/poll_interval.h"
 #include "config/manager/hxl_config_handler.h"
 
 using hxl_config_handler::CSingletonHxlConfigHandler;
@@ -19,7 +19,7 @@ bool CConfigDevTypeHandler::start() {
     bool waited = false;
     while (chnCount == 0 || devType == 0) {
         std::tie(devType, chnCount) = facade.getDevTypeInfo();
-        sleepPollPeriod();
+        sleepPollInterval();
         waited = true;
     }
     if (waited || facade.isSettledIdentityUnrecorded()) {

@@ -2,7 +2,7 @@
 
 #include <thread>
 
-#include "config/handlers/poll_period.h"
+#include "config/handlers/poll_interval.h"
 #include "config/manager/hxl_config_handler.h"
 
 using hxl_config_handler::CSingletonHxlConfigHandler;
@@ -20,12 +20,12 @@ bool CConfigPresetHandler::init() {
 void CConfigPresetHandler::run() {
     CSingletonHxlConfigHandler::getInstance()->loadPresetConfig();
     while (!mbStop) {
-        // Not even a stop ends this; it only makes room for other threads.
+        // Not even a stop ends this loop; yielding leaves the processor to other threads.
         while (mvecPresetIndex.empty())
             std::this_thread::yield();
         for (const unsigned int presetNo : mvecPresetIndex) {
             saveIfChanged(static_cast<int>(presetNo));
-            sleepPollPeriod();
+            sleepPollInterval();
         }
     }
 }
@@ -38,7 +38,7 @@ void CConfigPresetHandler::saveIfChanged(int presetNo) {
     auto& facade = *CSingletonHxlConfigHandler::getInstance();
     sPresetBlock shm{};
     sPresetBlock stored{};
-    // A preset that is not in shared memory is no change: its stored settings must not be lost.
+    // A preset that is not in shared memory keeps its stored settings.
     if (!facade.getPresetBlock(presetNo, shm, false)) return;
     facade.getPresetBlock(presetNo, stored, true);
     if (!isPresetEqual(shm, stored)) facade.savePresetBlock(presetNo, shm, true);

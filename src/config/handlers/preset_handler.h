@@ -9,8 +9,10 @@
 
 // Its thread loads the file once, which publishes the saved presets over those that shared memory
 // holds. Then it compares one preset memory a millisecond and has the whole block saved when any
-// setting differs. A save that fails is tried again, and prints again, in every pass: so does a
-// number that is none, which equals nothing.
+// setting differs. A save that fails is tried again, and prints again, in every pass. A NaN never
+// compares equal, so its preset is written in every pass.
+//
+// A pass without a change allocates no memory.
 class CConfigPresetHandler : public CAbsConfigHandler {
   public:
     CConfigPresetHandler();
@@ -28,10 +30,10 @@ class CConfigPresetHandler : public CAbsConfigHandler {
                        hxl_config_handler::sPresetBlock storedBlock);
 
   protected:
-    std::vector<unsigned int> mvecPresetIndex;
-
-  private:
+    // Compares one preset memory and has it saved if any setting differs.
     void saveIfChanged(int presetNo);
+
+    std::vector<unsigned int> mvecPresetIndex;
 };
 
 #endif

@@ -6,6 +6,8 @@
 #include <exception>
 #include <memory>
 #include <tuple>
+#include <typeinfo>
+#include <utility>
 
 #include "config/manager/current_correction.h"
 #include "config/manager/device_identity.h"
@@ -16,6 +18,7 @@
 #include "config/processors/system_processor.h"
 #include "config/records/chn_fw_version_data.h"
 #include "config/records/dev_type_info_data.h"
+#include "config/schema/config_paths.h"
 
 namespace hxl_config_handler {
 
@@ -23,7 +26,7 @@ namespace {
 
 enum eProcessor { DEV_VAR_SYSTEM, AUTO_SAVE, SYSTEM, PRESET, DEV_TYPE };
 
-constexpr int LOOK_PERIOD_MS = 10;
+constexpr int LOOK_INTERVAL_MS = 10;
 
 }  // namespace
 
@@ -37,12 +40,14 @@ CConfigManager::CConfigManager() {
     mMapProcessors[DEV_TYPE] = new CConfigDevTypeProcessor;
     for (const auto& [key, processor] : mMapProcessors) {
         processor->Initialise();
-        processor->setDevTypeInfo(this);
+        processor->setDevTypeInfo(&mKnownIdentity);
     }
 }
 
 bool CConfigManager::load(int processor, const char* operation) {
     try {
+        const bool needsIdentity = processor != SYSTEM && processor != DEV_TYPE;
+        if (needsIdentity) lookUpIdentity();
         return mMapProcessors[processor]->LoadConfigFile() != 0;
     } catch (const std::exception& error) {
         std::printf("CConfigManager :: %s exception : %s \n", operation, error.what());
@@ -75,8 +80,8 @@ template <typename T>
 const std::vector<T>& CConfigManager::getConfValues(int id) {
     static const std::vector<T> NONE;
     const CConfData* record = mMapProcessors[AUTO_SAVE]->GetConfData(id);
-    const auto* data = dynamic_cast<const CConfAutoSaveData<T>*>(record);
-    return data == nullptr ? NONE : data->GetValues();
+    if (record == nullptr || typeid(*record) != typeid(CConfAutoSaveData<T>)) return NONE;
+    return static_cast<const CConfAutoSaveData<T>*>(record)->GetValues();
 }
 
 template <typename T>
@@ -87,8 +92,8 @@ std::vector<T> CConfigManager::getShmValues(int id) {
 }
 
 template <typename T>
-bool CConfigManager::saveValues(int id, const std::vector<T>& values) {
-    CConfAutoSaveData<T> record(id, values);
+bool CConfigManager::saveValues(int id, std::vector<T> values) {
+    CConfAutoSaveData<T> record(id, std::move(values));
     return mMapProcessors[AUTO_SAVE]->SaveConfData(id, &record) != 0;
 }
 
@@ -98,16 +103,15 @@ template const std::vector<std::string>& CConfigManager::getConfValues(int);
 template std::vector<double> CConfigManager::getShmValues(int);
 template std::vector<unsigned char> CConfigManager::getShmValues(int);
 template std::vector<std::string> CConfigManager::getShmValues(int);
-template bool CConfigManager::saveValues(int, const std::vector<double>&);
-template bool CConfigManager::saveValues(int, const std::vector<unsigned char>&);
-template bool CConfigManager::saveValues(int, const std::vector<std::string>&);
+template bool CConfigManager::saveValues(int, std::vector<double>);
+template bool CConfigManager::saveValues(int, std::vector<unsigned char>);
+template bool CConfigManager::saveValues(int, std::vector<std::string>);
 
 bool CConfigManager::getPresetBlock(int presetNo, sPresetBlock& block, bool bStored) {
     const int id = CConfigPresetProcessor::recordIdOf(presetNo);
     if (id == 0) return false;
-    CAbsConfigProcesor& processor = *mMapProcessors[PRESET];
-    const std::unique_ptr<CConfData> shared(bStored ? nullptr : processor.GetSharedMemData(id));
-    const CConfData* record = bStored ? processor.GetConfData(id) : shared.get();
+    if (!bStored) return CConfigPresetProcessor::readSharedBlock(id, block);
+    const CConfData* record = mMapProcessors[PRESET]->GetConfData(id);
     const auto* preset = dynamic_cast<const CConfPresetData*>(record);
     if (preset == nullptr) return false;
     block = preset->GetPresetBlock();
@@ -119,6 +123,7 @@ bool CConfigManager::savePresetBlock(int presetNo, const sPresetBlock& block, bo
     if (id == 0) return false;
     CAbsConfigProcesor& processor = *mMapProcessors[PRESET];
     CConfPresetData record(id, block);
+    if (bSave) lookUpIdentity();
     const int result =
         bSave ? processor.SaveConfData(id, &record) : processor.SetSharedMemData(id, &record);
     return result != 0;
@@ -141,22 +146,27 @@ bool CConfigManager::getChnFwVersion(std::string& version) {
 }
 
 int CConfigManager::getDevTypeInfo(std::pair<int, int>& out) {
-    if (mDevType == 0) std::tie(mDevType, mChnCount) = identityOf(waitForWholeDevString());
+    lookUpIdentity();
     out = {mDevType, mChnCount};
     return mDevType;
 }
 
-// Counts looks, not time: a writer that only waits for the processor gets it between two looks.
+void CConfigManager::lookUpIdentity() {
+    if (mDevType == 0) std::tie(mDevType, mChnCount) = identityOf(waitForWholeDevString());
+}
+
+// Adds up the intervals slept instead of reading a clock: the writer runs while we sleep, however
+// late the scheduler wakes us.
 std::string CConfigManager::waitForWholeDevString() {
     std::string devString = readDevString();
-    int stood = 0;  // ms
-    mbIdentitySettled = settlingTimeOf(devString) > 0;
-    while (stood < settlingTimeOf(devString)) {
-        constexpr timespec LOOK_PERIOD{0, LOOK_PERIOD_MS * 1'000'000L};
-        nanosleep(&LOOK_PERIOD, nullptr);
-        std::string now = readDevString();
-        stood = now == devString ? stood + LOOK_PERIOD_MS : 0;
-        devString = std::move(now);
+    int unchangedMs = 0;
+    mbIdentityAwaited = settlingTimeMs(devString) > 0;
+    while (unchangedMs < settlingTimeMs(devString)) {
+        constexpr timespec LOOK_INTERVAL{0, LOOK_INTERVAL_MS * 1'000'000L};
+        nanosleep(&LOOK_INTERVAL, nullptr);
+        std::string current = readDevString();
+        unchangedMs = current == devString ? unchangedMs + LOOK_INTERVAL_MS : 0;
+        devString = std::move(current);
     }
     return devString;
 }
@@ -169,7 +179,7 @@ std::string CConfigManager::readDevString() {
 }
 
 bool CConfigManager::isSettledIdentityUnrecorded() {
-    if (!mbIdentitySettled) return false;
+    if (!mbIdentityAwaited) return false;
     const CConfData* stored = mMapProcessors[DEV_TYPE]->GetConfData(DEV_TYPE_ID);
     const auto* record = dynamic_cast<const CConfDevTypeInfoData*>(stored);
     return record == nullptr || identityOf(record->GetText()) != std::pair(mDevType, mChnCount);

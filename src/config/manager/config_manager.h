@@ -11,6 +11,7 @@
 #include "config/processors/config_processor.h"
 #include "config/records/current_sharing_data.h"
 #include "config/records/preset_data.h"
+#include "shared_memory/shared_memory.h"
 
 namespace hxl_config_handler {
 
@@ -28,8 +29,11 @@ struct sSerialSettings {
 // Created once, by the facade, and never freed, nor are its processors. Takes no locks: handler
 // threads may call at the same time, but only one at a time for any one processor.
 //
-// A load that meets text which is no number ends here: one line is printed and the load has
-// failed. Results of processors are handed on unchanged, 0 or false for failure.
+// Where non-numeric text aborts a load, the exception ends here: one line is printed and the load
+// has failed. Results of processors are handed on unchanged, 0 or false for failure.
+//
+// Loads and saves that depend on the identity look it up first, as getDevTypeInfo() does; the
+// processors are told what is known then.
 class CConfigManager : public IDevTypeInfo {
   public:
     CConfigManager();
@@ -43,7 +47,14 @@ class CConfigManager : public IDevTypeInfo {
     template <typename T>
     std::vector<T> getShmValues(int id);
     template <typename T>
-    bool saveValues(int id, const std::vector<T>& values);
+    bool saveValues(int id, std::vector<T> values);
+
+    // Shows the shared values of an item in place; see CSharedMemory::visitVector().
+    template <typename T, typename Visit>
+    bool visitShmValues(int id, Visit visit) {
+        auto* sharedMemory = CAbsConfigProcesor::mpSharedMemoryMngr;
+        return sharedMemory != nullptr && sharedMemory->visitVector<T>(id, visit);
+    }
 
     // The names by which other programs call these.
     std::vector<double> getConfDblValues(int id) { return getConfValues<double>(id); }
@@ -70,27 +81,27 @@ class CConfigManager : public IDevTypeInfo {
     bool loadSystemConfig();
     bool loadDevVarSystemConfig();
 
-    // As published in shared memory. Where nothing is, the numbers of `record` become zeros;
-    // `version` stays, and so it does for an empty text, and the result is false.
+    // As published in shared memory. If nothing is published, the numbers of `record` become zeros.
     void getCurrentSharing(CConfCurrentSharingData& record);
+    // False, and `version` unchanged, if nothing or an empty text is published.
     bool getChnFwVersion(std::string& version);
 
     // The identity, from the device string in shared memory until it is known; (0, 0) until then.
-    // An unusual string blocks the caller until it has stood unchanged for 100 ms, or for 1 s if
-    // it looks like a usual one cut short: a peer may not have finished writing it.
+    // An unusual string blocks the caller until it has not changed for 100 ms, or for 1 s if it is
+    // a prefix of a usual one: a peer may not have finished writing it.
     int getDevTypeInfo(std::pair<int, int>& out) override;
     bool loadDevTypeConfig();
 
-    // True if getDevTypeInfo() had to wait until the string stood still, and the file that was
-    // loaded holds another identity or none: nobody else will record it.
+    // True if getDevTypeInfo() had to wait for the string to stop changing, and the file that was
+    // loaded has no identity or another one: nobody else will record it.
     bool isSettledIdentityUnrecorded();
 
-    // Takes the identity and writes its device string, to the file (`bSave`) or to shared memory.
+    // Sets the identity and writes its device string, to the file (`bSave`) or to shared memory.
     // Always true: a save that fails prints why.
     bool setDevTypeInfo(int devType, int chnCount, bool bSave);
     bool writeDevTypeString(const std::string& devString, bool bSave);
 
-    // The current-correction file; see current_correction.h.
+    // The current-correction file, its factors in the order of current_correction.h.
     bool readCurrentCorrection(double values[4]);
     bool writeCurrentCorrection(const double values[4]);
 
@@ -108,8 +119,23 @@ class CConfigManager : public IDevTypeInfo {
     int mChnCount = 0;
 
   private:
-    bool mbIdentitySettled = false;  // the string that told the identity had to be waited for
+    // Tells the processors what is known of the identity.
+    class CKnownIdentity : public IDevTypeInfo {
+      public:
+        explicit CKnownIdentity(const CConfigManager& manager) : mManager(manager) {}
+        int getDevTypeInfo(std::pair<int, int>& out) override {
+            out = {mManager.mDevType, mManager.mChnCount};
+            return mManager.mDevType;
+        }
 
+      private:
+        const CConfigManager& mManager;
+    };
+
+    CKnownIdentity mKnownIdentity{*this};
+    bool mbIdentityAwaited = false;  // the string that told the identity had to settle first
+
+    void lookUpIdentity();
     bool load(int processor, const char* operation);
     std::string waitForWholeDevString();
     std::string readDevString();

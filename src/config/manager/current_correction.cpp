@@ -4,14 +4,15 @@
 #include <exception>
 #include <vector>
 
-#include "config/processors/config_processor.h"
+#include "config/schema/config_paths.h"
+#include "config/schema/correction_schema.h"
 #include "ini_file/file_config.h"
 
 namespace hxl_config_handler {
 
 namespace {
 
-// A number that cannot be converted is a key that cannot be read.
+// Non-numeric text counts as a key that cannot be read.
 bool readNumber(core_utils::CFileConfig& file, const char* key, double& value) {
     try {
         return file.read(CORRECTION_SECTION, key, value);

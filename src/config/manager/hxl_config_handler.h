@@ -12,8 +12,8 @@
 
 namespace hxl_config_handler {
 
-// Forwards to the manager, which says what each operation does; see there for threads and
-// failures. Lives from the first getInstance() until the process ends.
+// Forwards to the manager: see there for what each operation does, its threads and its failures.
+// Lives from the first getInstance() until the process ends.
 class CSingletonHxlConfigHandler {
   public:
     // Any thread. Throws std::system_error if the creation's mutex cannot be locked.
@@ -29,8 +29,12 @@ class CSingletonHxlConfigHandler {
         return mpManager->getShmValues<T>(id);
     }
     template <typename T>
-    bool saveValues(int id, const std::vector<T>& values) {
-        return mpManager->saveValues(id, values);
+    bool saveValues(int id, std::vector<T> values) {
+        return mpManager->saveValues(id, std::move(values));
+    }
+    template <typename T, typename Visit>
+    bool visitShmValues(int id, Visit visit) {
+        return mpManager->visitShmValues<T>(id, visit);
     }
     std::vector<double> getConfDblValues(int id) { return mpManager->getConfDblValues(id); }
     std::vector<unsigned char> getConfSelValues(int id) { return mpManager->getConfSelValues(id); }

@@ -1,65 +1,42 @@
 #include "config/processors/auto_save_processor.h"
 
-#include <algorithm>
 #include <cstdio>
 #include <stdexcept>
 #include <type_traits>
 
-#include "config/processors/auto_save_items.h"
-#include "config/processors/value_list.h"
-#include "config/records/auto_save_data.h"
+#include "config/schema/auto_save_schema.h"
+#include "config/schema/value_text.h"
 #include "shared_memory/shared_memory.h"
 
 namespace hxl_config_handler {
 
 namespace {
 
-// What differs between the three types of items: section, table, conversion.
-template <typename T>
-struct sGroup;
-
-template <>
-struct sGroup<double> {
-    static constexpr auto& SECTION = NUMBERS_SECTION;
-    static constexpr auto& ITEMS = NUMBER_ITEMS;
-
-    static void append(std::vector<double>& values, const std::string& piece, bool) {
-        values.push_back(core_utils::toDouble(piece.c_str()));
+// Converts one piece of a list; a piece that is not a byte is dropped.
+void append(std::vector<double>& values, const std::string& piece, bool) {
+    values.push_back(toDouble(piece));
+}
+void append(std::vector<unsigned char>& values, const std::string& piece, bool last) {
+    try {
+        values.push_back(toByte(piece));
+    } catch (const std::logic_error&) {
+        std::puts(last ? "!!!!!!!!!!! CConfigAutoSaveMngr::parseConfigAutoSaveFileNewVal "
+                         "exception catch 2 !!!!!!!!!!!!"
+                       : "!!!!!!!!!!! CConfigAutoSaveMngr::parseConfigAutoSaveFileNewVal "
+                         "exception catch 1 !!!!!!!!!!!!");
     }
-};
-
-template <>
-struct sGroup<unsigned char> {
-    static constexpr auto& SECTION = BYTES_SECTION;
-    static constexpr auto& ITEMS = BYTE_ITEMS;
-
-    static void append(std::vector<unsigned char>& values, const std::string& piece, bool last) {
-        try {
-            values.push_back(toByte(piece));
-        } catch (const std::logic_error&) {
-            std::puts(last ? "!!!!!!!!!!! CConfigAutoSaveMngr::parseConfigAutoSaveFileNewVal "
-                             "exception catch 2 !!!!!!!!!!!!"
-                           : "!!!!!!!!!!! CConfigAutoSaveMngr::parseConfigAutoSaveFileNewVal "
-                             "exception catch 1 !!!!!!!!!!!!");
-        }
-    }
-};
-
-template <>
-struct sGroup<std::string> {
-    static constexpr auto& SECTION = TEXTS_SECTION;
-    static constexpr auto& ITEMS = TEXT_ITEMS;
-
-    static void append(std::vector<std::string>& values, const std::string& piece, bool) {
-        values.push_back(piece);
-    }
-};
+}
+void append(std::vector<std::string>& values, const std::string& piece, bool) {
+    values.push_back(piece);
+}
 
 template <typename T>
-bool isItemOf(int id) {
-    const auto& items = sGroup<T>::ITEMS;
-    return std::any_of(std::begin(items), std::end(items),
-                       [id](const auto& item) { return item.id == id; });
+std::vector<T> parseList(const std::string& text) {
+    const std::vector<std::string> pieces = splitList(text);
+    std::vector<T> values;
+    for (const std::string& piece : pieces)
+        append(values, piece, &piece == &pieces.back());
+    return values;
 }
 
 // Calls `operation` with a value of the type of item `id`; an identifier of no type yields the
@@ -75,32 +52,27 @@ auto withTypeOf(int id, Operation operation) -> decltype(operation(double())) {
 }  // namespace
 
 CConfigAutoSaveProcessor::CConfigAutoSaveProcessor()
-    : CAbsConfigProcesor("ConfigAutoSaveProcessor") {}
+    : CAbsConfigProcesor("ConfigAutoSaveProcessor", AUTO_SAVE_FILE_NAME) {}
 
 int CConfigAutoSaveProcessor::LoadDefaults() {
     const int devType = getDevTypeInfo().first;
-    if (devType < 1 || devType > 3) return 0;
-    if (!mpFileConfig || !mpFileConfig->isOpen()) openFile(AUTO_SAVE_FILE_NAME, "r+b");
+    if (!isKnownDevType(devType)) return 0;
+    if (!mpFileConfig || !mpFileConfig->isOpen()) openFile("r+b");
     core_utils::CFileConfig::CBatch batch(*mpFileConfig);
-    const bool numbers = writeDefaults<double>(devType);
-    const bool bytes = writeDefaults<unsigned char>(devType);
-    const bool texts = writeDefaults<std::string>(devType);
-    if (!numbers || !bytes || !texts) return 0;
+    bool written = true;
+    forEachGroup([&](auto type) { written = writeDefaults<decltype(type)>(devType) && written; });
+    if (!written) return 0;
     if (!batch.commit()) {
         std::puts("FAILED TO WRITE ON PRIO KEY ");
         return 0;
     }
     mpFileConfig->close();
-    recordDefaults<double>(devType);
-    recordDefaults<unsigned char>(devType);
-    recordDefaults<std::string>(devType);
+    forEachGroup([&](auto type) { recordDefaults<decltype(type)>(devType); });
     return 1;
 }
 
 int CConfigAutoSaveProcessor::Initialise() {
-    addRecords<double>();
-    addRecords<unsigned char>();
-    addRecords<std::string>();
+    forEachGroup([&](auto type) { addRecords<decltype(type)>(); });
     return 1;
 }
 
@@ -121,23 +93,22 @@ CConfData* CConfigAutoSaveProcessor::GetSharedMemData(int id) {
 }
 
 int CConfigAutoSaveProcessor::SaveConfData(int id, CConfData* record) {
-    return withTypeOf(id, [&](auto type) { return save<decltype(type)>(id, record); });
+    return withTypeOf(id, [&](auto type) {
+        const auto* data = dynamic_cast<CConfAutoSaveData<decltype(type)>*>(record);
+        return data == nullptr ? 0 : saveItem(id, data->GetValues());
+    });
 }
 
 int CConfigAutoSaveProcessor::SetSharedMemData(int id, CConfData* record) {
-    auto* sharedMemory = sharedMemoryForWrite();
-    if (sharedMemory == nullptr || !hasRecord(id)) return 0;
+    if (sharedMemoryForWrite() == nullptr) return 0;
     return withTypeOf(id, [&](auto type) {
-        using T = decltype(type);
-        const auto* data = dynamic_cast<CConfAutoSaveData<T>*>(record);
-        if (data == nullptr) return 0;
-        sharedMemory->setVector(id, data->GetValues());
-        return 1;
+        const auto* data = dynamic_cast<CConfAutoSaveData<decltype(type)>*>(record);
+        return data == nullptr ? 0 : publishItem(id, data->GetValues());
     });
 }
 
 int CConfigAutoSaveProcessor::parseConfigAutoSaveFile() {
-    if (!openFile(AUTO_SAVE_FILE_NAME, "r+b")) {
+    if (!openFile("r+b")) {
         std::puts("failed to open dev type file config ");
         return 0;
     }
@@ -161,9 +132,7 @@ int CConfigAutoSaveProcessor::parseConfigAutoSaveFile() {
 }
 
 int CConfigAutoSaveProcessor::parseConfigAutoSaveFileNewVal() {
-    loadGroup<double>();
-    loadGroup<unsigned char>();
-    loadGroup<std::string>();
+    forEachGroup([&](auto type) { loadGroup<decltype(type)>(); });
     return 1;
 }
 
@@ -188,69 +157,69 @@ int CConfigAutoSaveProcessor::parseDefaults() {
 // From now on the file is loaded as saved.
 void CConfigAutoSaveProcessor::markInitialised() {
     if (!openForWriting()) return;
-    mpFileConfig->write(STATUS_SECTION, STATE_KEY, "1");
+    mpFileConfig->write(STATUS_SECTION, STATE_KEY, STATE_SAVED);
     mpFileConfig->close();
 }
 
 template <typename T>
 void CConfigAutoSaveProcessor::loadGroup() {
-    for (const auto& item : sGroup<T>::ITEMS) {
+    using Group = sAutoSaveGroup<T>;
+    for (const auto& item : Group::ITEMS) {
         std::string text;
-        if (!mpFileConfig->read(sGroup<T>::SECTION, item.key, text)) {
-            std::printf(" failed to read section : %s with key : %s\n", sGroup<T>::SECTION,
-                        item.key);
+        if (!mpFileConfig->read(Group::SECTION, item.key, text)) {
+            std::printf(" failed to read section : %s with key : %s\n", Group::SECTION, item.key);
             continue;
         }
-        const std::vector<std::string> pieces = splitList(text);
-        std::vector<T> values;
-        for (const std::string& piece : pieces) {
-            sGroup<T>::append(values, piece, &piece == &pieces.back());
-        }
-        CConfAutoSaveData<T> record(item.id, values);
-        SetSharedMemData(item.id, &record);
+        publishItem(item.id, parseList<T>(text));
     }
 }
 
 template <typename T>
 bool CConfigAutoSaveProcessor::writeDefaults(int devType) {
     bool written = true;
-    for (const auto& item : sGroup<T>::ITEMS) {
-        CConfAutoSaveData<T> record(item.id, std::vector<T>{item.defaults[devType - 1]});
-        SetSharedMemData(item.id, &record);
-        written = write<T>(item.id, &record) != nullptr && written;
+    for (const auto& item : sAutoSaveGroup<T>::ITEMS) {
+        const std::vector<T> values{item.defaults[devType - 1]};
+        publishItem(item.id, values);
+        written = writeItem(item.id, values) != nullptr && written;
     }
     return written;
 }
 
 template <typename T>
 void CConfigAutoSaveProcessor::recordDefaults(int devType) {
-    for (const auto& item : sGroup<T>::ITEMS)
+    for (const auto& item : sAutoSaveGroup<T>::ITEMS)
         getRecordAs<CConfAutoSaveData<T>>(item.id)->SetValues({item.defaults[devType - 1]});
 }
 
 template <typename T>
 void CConfigAutoSaveProcessor::addRecords() {
-    for (const auto& item : sGroup<T>::ITEMS) {
+    for (const auto& item : sAutoSaveGroup<T>::ITEMS)
         addRecord(std::make_unique<CConfAutoSaveData<T>>(item.id, std::string(item.key)));
-    }
 }
 
 template <typename T>
-int CConfigAutoSaveProcessor::save(int id, CConfData* record) {
-    CConfAutoSaveData<T>* stored = write<T>(id, record);
+int CConfigAutoSaveProcessor::publishItem(int id, const std::vector<T>& values) {
+    auto* sharedMemory = sharedMemoryForWrite();
+    if (sharedMemory == nullptr || !hasRecord(id)) return 0;
+    sharedMemory->setVector(id, values);
+    return 1;
+}
+
+template <typename T>
+int CConfigAutoSaveProcessor::saveItem(int id, const std::vector<T>& values) {
+    CConfAutoSaveData<T>* stored = writeItem(id, values);
     if (stored == nullptr) return 0;
-    stored->SetValues(static_cast<CConfAutoSaveData<T>*>(record)->GetValues());
+    stored->SetValues(values);
     mpFileConfig->close();
     return 1;
 }
 
 template <typename T>
-CConfAutoSaveData<T>* CConfigAutoSaveProcessor::write(int id, CConfData* record) {
-    const auto* data = dynamic_cast<CConfAutoSaveData<T>*>(record);
+CConfAutoSaveData<T>* CConfigAutoSaveProcessor::writeItem(int id, const std::vector<T>& values) {
     auto* stored = hasRecord(id) ? getRecordAs<CConfAutoSaveData<T>>(id) : nullptr;
-    if (data == nullptr || stored == nullptr || !openForWriting()) return nullptr;
-    // The record passed in may have been made without the item's key.
-    if (!mpFileConfig->write(sGroup<T>::SECTION, stored->GetKey(), joinList(data->GetValues()))) {
+    if (stored == nullptr || !openForWriting()) return nullptr;
+    // A record from outside may have been made without the item's key.
+    if (!mpFileConfig->write(sAutoSaveGroup<T>::SECTION, stored->GetKey(), joinList(values))) {
         std::puts("FAILED TO WRITE ON PRIO KEY ");
         return nullptr;
     }
@@ -259,7 +228,7 @@ CConfAutoSaveData<T>* CConfigAutoSaveProcessor::write(int id, CConfData* record)
 
 bool CConfigAutoSaveProcessor::openForWriting() {
     if (mpFileConfig && mpFileConfig->isOpen()) return true;
-    if (openFile(AUTO_SAVE_FILE_NAME, "r+b")) return true;
+    if (openFile("r+b")) return true;
     std::puts("failed to open dev type file config ");
     return false;
 }

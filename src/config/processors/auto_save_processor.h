@@ -2,6 +2,8 @@
 #ifndef CONFIG_PROCESSORS_AUTO_SAVE_PROCESSOR_H
 #define CONFIG_PROCESSORS_AUTO_SAVE_PROCESSOR_H
 
+#include <vector>
+
 #include "config/processors/config_processor.h"
 #include "config/records/auto_save_data.h"
 
@@ -14,13 +16,14 @@ class CConfigAutoSaveProcessor : public CAbsConfigProcesor {
     CConfigAutoSaveProcessor();
 
     // Publishes saved values over whatever shared memory holds, and not into the records: these
-    // stay empty until an item is seeded or saved. A bad number among the level items ends the load
-    // with std::invalid_argument or std::out_of_range, and all later items stay unloaded; a bad
-    // byte is dropped alone.
+    // stay empty until an item is seeded or saved. Non-numeric text in a level item aborts the load
+    // with std::invalid_argument or std::out_of_range, and no later item is loaded; in a list of
+    // bytes only that piece is dropped. A load that was aborted, or could not read STATE, leaves
+    // the file open, so that the next load fails.
     int LoadConfigFile() override { return parseConfigAutoSaveFile(); }
 
-    // To file, records and shared memory. All items reach the file and the
-    // records or none: then 0.
+    // To file, records and shared memory. All items reach the file and the records, or none do and
+    // the result is 0.
     int LoadDefaults() override;
     int Initialise() override;
     CConfData* GetConfData(int id) override;
@@ -42,11 +45,14 @@ class CConfigAutoSaveProcessor : public CAbsConfigProcesor {
     void recordDefaults(int devType);
     template <typename T>
     void addRecords();
+    // Non-zero on success, as the operations of the contract that they are for.
     template <typename T>
-    int save(int id, CConfData* record);
-    // Gives the processor's own record of the item, or null if it was not written.
+    int publishItem(int id, const std::vector<T>& values);
     template <typename T>
-    CConfAutoSaveData<T>* write(int id, CConfData* record);
+    int saveItem(int id, const std::vector<T>& values);
+    // Gives the processor's own record of the item, or null if nothing was written.
+    template <typename T>
+    CConfAutoSaveData<T>* writeItem(int id, const std::vector<T>& values);
 
     bool openForWriting();
 };

@@ -2,21 +2,17 @@
 
 #include <cstdio>
 
+#include "config/schema/config_paths.h"
 #include "shared_memory/shared_memory.h"
 
-namespace hxl_config_handler {
-
-std::string configFilePath(const std::string& fileName) {
-    return "/etc/quenvel/config/system/" + fileName;
-}
-
-}  // namespace hxl_config_handler
-
 using hxl_config_handler::CConfData;
+using hxl_config_handler::eNumber;
+using hxl_config_handler::sNumberRow;
 
 core_utils::CSharedMemory* CAbsConfigProcesor::mpSharedMemoryMngr = nullptr;
 
-CAbsConfigProcesor::CAbsConfigProcesor(const std::string& name) : mstrName(name) {
+CAbsConfigProcesor::CAbsConfigProcesor(const std::string& name, const std::string& fileName)
+    : mstrName(name), mstrFileName(fileName) {
     mpSharedMemoryMngr = new core_utils::CSharedMemory(false);
 }
 
@@ -39,9 +35,25 @@ std::string CAbsConfigProcesor::getSharedText(int id) {
     return values.empty() ? std::string() : values.front();
 }
 
-bool CAbsConfigProcesor::openFile(const std::string& fileName, const char* mode) {
+bool CAbsConfigProcesor::openFile(const char* mode) {
     if (!mpFileConfig) mpFileConfig = std::make_unique<core_utils::CFileConfig>();
-    return mpFileConfig->open(hxl_config_handler::configFilePath(fileName), mode);
+    return mpFileConfig->open(hxl_config_handler::configFilePath(mstrFileName), mode);
+}
+
+double CAbsConfigProcesor::readNumber(const std::string& section, const sNumberRow& row) {
+    const auto readAs = [&](auto value) {
+        mpFileConfig->read(section, row.key, value);
+        return static_cast<double>(value);
+    };
+    switch (row.type) {
+        case eNumber::INTEGER:
+            return readAs(static_cast<int>(row.fallback));
+        case eNumber::FLOAT:
+            return readAs(static_cast<float>(row.fallback));
+        case eNumber::DOUBLE:
+            break;
+    }
+    return readAs(row.fallback);
 }
 
 std::pair<int, int> CAbsConfigProcesor::getDevTypeInfo() {

@@ -2,6 +2,7 @@
 #ifndef CONFIG_PROCESSORS_CONFIG_PROCESSOR_H
 #define CONFIG_PROCESSORS_CONFIG_PROCESSOR_H
 
+#include <cstddef>
 #include <map>
 #include <memory>
 #include <string>
@@ -10,31 +11,25 @@
 
 #include "config/processors/dev_type_info.h"
 #include "config/records/conf_data.h"
+#include "config/schema/number_row.h"
 #include "ini_file/file_config.h"
 
 namespace core_utils {
 class CSharedMemory;
 }
 
-namespace hxl_config_handler {
-
-// The path of a configuration file, from its name.
-std::string configFilePath(const std::string& fileName);
-
-}  // namespace hxl_config_handler
-
-// One configuration file: it knows the file's sections and keys, keeps one record for each item,
+// One configuration file: it walks the rows of the file's schema, keeps one record for each item,
 // and moves values between file, records and shared memory.
 //
 // A processor owns its file object and its records. It takes no locks: one thread at a time.
 // Operations that return int give non-zero for success, but for Initialise, which cannot fail:
-// some processors' return 0, some 1. Text of the file that is no number can make LoadConfigFile
-// throw std::invalid_argument or std::out_of_range.
+// some processors' return 0, some 1. Non-numeric text in the file can make LoadConfigFile throw
+// std::invalid_argument or std::out_of_range.
 class CAbsConfigProcesor {
   public:
     // Each processor makes one more shared-memory manager; all use the last one made, and the
     // earlier ones are never freed.
-    explicit CAbsConfigProcesor(const std::string& name);
+    explicit CAbsConfigProcesor(const std::string& name, const std::string& fileName = {});
     CAbsConfigProcesor(const CAbsConfigProcesor&) = delete;
     CAbsConfigProcesor& operator=(const CAbsConfigProcesor&) = delete;
 
@@ -51,8 +46,8 @@ class CAbsConfigProcesor {
     virtual hxl_config_handler::CConfData* GetConfData(int id) = 0;
 
     // A new record with the values of the shared object of `id`, which the caller deletes; null
-    // without a shared-memory manager. An `id` that is no item is null to the processors that
-    // hold items of several types; the others make their one type of record for it.
+    // without a shared-memory manager. For an identifier that names no item, processors of several
+    // types of items give null; the others make their one type of record.
     virtual hxl_config_handler::CConfData* GetSharedMemData(int id) = 0;
 
     // Writes the values of `record`, which stays the caller's, to the file and into the stored
@@ -62,7 +57,8 @@ class CAbsConfigProcesor {
     // Writes the values of `record`, which stays the caller's, to the shared object of `id`.
     virtual int SetSharedMemData(int id, hxl_config_handler::CConfData* record) = 0;
 
-    // Not owned; must outlive the processor.
+    // Says what loads and saves take for the identity. Must not block. Not owned; must outlive the
+    // processor.
     void setDevTypeInfo(IDevTypeInfo* provider) { mpDevTypeInfo = provider; }
 
     // The one shared-memory manager of the process; null before the first processor.
@@ -82,16 +78,27 @@ class CAbsConfigProcesor {
     static std::string getSharedText(int id);
 
     // Opens this processor's file, making its file object at the first call. False if it cannot
-    // be opened or is open already.
-    bool openFile(const std::string& fileName, const char* mode);
+    // be opened or is open already: a load that leaves its file open cannot be repeated.
+    bool openFile(const char* mode);
+
+    // The values of `rows` from the open file, each in its place; a key that cannot be read counts
+    // as its fallback.
+    template <std::size_t COUNT>
+    std::vector<double> readNumbers(const std::string& section,
+                                    const hxl_config_handler::sNumberRow (&rows)[COUNT]) {
+        std::vector<double> values(COUNT);
+        for (const hxl_config_handler::sNumberRow& row : rows)
+            values[row.index] = readNumber(section, row);
+        return values;
+    }
 
     // (device type, channel count); zeros without a provider.
     std::pair<int, int> getDevTypeInfo();
 
-    // The stored record of `id`. Looking up an unknown one leaves a null entry behind.
+    // The stored record of `id`. A look-up of an unknown one leaves a null entry behind.
     hxl_config_handler::CConfData* getRecord(int id) { return mMapConfData[id].get(); }
 
-    // The same as a `Record`; null if it is none.
+    // The same as a `Record`; null if it is of another class.
     template <typename Record>
     Record* getRecordAs(int id) {
         return dynamic_cast<Record*>(getRecord(id));
@@ -104,10 +111,13 @@ class CAbsConfigProcesor {
     void addRecord(std::unique_ptr<hxl_config_handler::CConfData> record);
 
     const std::string mstrName;
+    const std::string mstrFileName;
     std::unique_ptr<core_utils::CFileConfig> mpFileConfig;
     std::map<int, std::unique_ptr<hxl_config_handler::CConfData>> mMapConfData;
 
   private:
+    double readNumber(const std::string& section, const hxl_config_handler::sNumberRow& row);
+
     IDevTypeInfo* mpDevTypeInfo = nullptr;
 };
 

@@ -8,10 +8,10 @@
 namespace hxl_config_handler {
 
 CConfigDevTypeProcessor::CConfigDevTypeProcessor()
-    : CAbsConfigProcesor("CConfigDevTypeProcessor") {}
+    : CAbsConfigProcesor("CConfigDevTypeProcessor", DEV_TYPE_FILE_NAME) {}
 
 int CConfigDevTypeProcessor::LoadConfigFile() {
-    if (!openFile(DEV_TYPE_FILE_NAME, "rb")) {
+    if (!openFile("rb")) {
         std::puts("failed to open dev type");
         return 0;
     }
@@ -58,7 +58,7 @@ bool CConfigDevTypeProcessor::writeDevInfo(const std::string& value) {
     }
     std::puts("!!!!!!!!!!!!! OPEN CHECK !!!!!!!!!!!!!! ");
     mpFileConfig->close();
-    if (!openFile(DEV_TYPE_FILE_NAME, "r+b")) std::puts("failed to open dev type file config ");
+    if (!openFile("r+b")) std::puts("failed to open dev type file config ");
     std::puts("!!!!!!!!!!!!! OPEN CHECK DONE!!!!!!!!!!!!!! ");
 
     std::puts("!!!!!!!!!!!!! WRTING !!!!!!!!!!!!!! ");

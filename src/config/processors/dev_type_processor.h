@@ -6,16 +6,12 @@
 
 namespace hxl_config_handler {
 
-inline constexpr char DEV_TYPE_FILE_NAME[] = "devtype_info.cfg";
-inline constexpr char DEV_TYPE_SECTION[] = "PROCESSED_DEV_INFORMATION";
-inline constexpr char DEV_TYPE_KEY[] = "DEV_INFORMATION";
-
 // Stores the string as it is given. Prints every step of a save; these lines are an interface.
 class CConfigDevTypeProcessor : public CAbsConfigProcesor {
   public:
     CConfigDevTypeProcessor();
 
-    // Publishes the stored string; a file without one publishes nothing and is a failure.
+    // Publishes the stored string; without one nothing is published and the result is 0.
     int LoadConfigFile() override;
     int LoadDefaults() override { return 0; }
     int Initialise() override;

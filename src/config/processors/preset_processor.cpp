@@ -4,25 +4,13 @@
 #include <cstdio>
 #include <iterator>
 
-#include "config/processors/value_list.h"
+#include "config/schema/value_text.h"
 #include "shared_memory/shared_memory.h"
 
 namespace hxl_config_handler {
 
 namespace {
 
-struct sPresetMemory {
-    int recordId;
-    const char* name;
-    int number;
-    int numericObject;
-    int stateObject;
-};
-constexpr sPresetMemory PRESET_MEMORIES[] = {
-    {42, "PM1_DBL", 1, 32, 33}, {43, "PM2_DBL", 2, 34, 35}, {44, "PM3_DBL", 3, 36, 37},
-    {45, "PM4_DBL", 4, 38, 39}, {46, "PM5_DBL", 5, 40, 41},
-};
-static_assert(std::size(PRESET_MEMORIES) == PRESET_COUNT);
 // What an unknown record identifier stands for.
 constexpr sPresetMemory NO_PRESET_MEMORY{0, "", 0, 0, 0};
 
@@ -67,20 +55,17 @@ bool writeSettings(core_utils::CFileConfig& file, const std::string& section,
 
 }  // namespace
 
-std::string presetSection(int presetNo, int devType) {
-    const char* variant = devType == 2 ? "100_VOLTS_DEV" : "35_VOLTS_DEV";
-    return "INSTRUMENT_SETTING_" + std::to_string(presetNo) + "_" + variant;
-}
-
-CConfigPresetProcessor::CConfigPresetProcessor() : CAbsConfigProcesor("ConfPreset") {}
+CConfigPresetProcessor::CConfigPresetProcessor()
+    : CAbsConfigProcesor("ConfPreset", PRESET_FILE_NAME) {}
 
 int CConfigPresetProcessor::LoadConfigFile() {
-    if (!openFile(PRESET_FILE_NAME, "r+b")) {
+    if (!openFile("r+b")) {
         std::puts("!!!!!!!!!!! Failed to open Configuration Preset File ");
         return 0;
     }
+    const int devType = getDevTypeInfo().first;
     for (const sPresetMemory& memory : PRESET_MEMORIES) {
-        const sPresetBlock block = readSection(sectionOf(memory.number));
+        const sPresetBlock block = readSection(presetSection(memory.number, devType));
         publishPreset(memory.recordId, CConfPresetData(memory.recordId, block));
         auto* record = getRecordAs<CConfPresetData>(memory.recordId);
         if (record == nullptr) {
@@ -98,7 +83,7 @@ int CConfigPresetProcessor::LoadDefaults() {
         auto* record = dynamic_cast<CConfPresetData*>(entry.get());
         if (record == nullptr) continue;
         sPresetBlock block = record->GetPresetBlock();
-        if (devType >= 1 && devType <= 3) {
+        if (isKnownDevType(devType)) {
             setDefaults(block, PRESET_NUMBERS, devType);
             setDefaults(block, PRESET_STATES, devType);
         }
@@ -128,9 +113,10 @@ CConfData* CConfigPresetProcessor::GetSharedMemData(int id) {
 int CConfigPresetProcessor::SaveConfData(int id, CConfData* record) {
     const auto* preset = dynamic_cast<CConfPresetData*>(record);
     if (preset == nullptr || !hasRecord(id)) return 0;
-    const sPresetBlock block = preset->GetPresetBlock();
-    if (!writeSection(sectionOf(memoryOf(id).number), block)) return 0;
-    if (auto* stored = getRecordAs<CConfPresetData>(id)) stored->SetPresetBlock(block);
+    const std::string section = presetSection(memoryOf(id).number, getDevTypeInfo().first);
+    if (!writeSection(section, preset->GetPresetBlock())) return 0;
+    auto* stored = getRecordAs<CConfPresetData>(id);
+    if (stored != nullptr) stored->SetPresetBlock(preset->GetPresetBlock());
     return 1;
 }
 
@@ -148,8 +134,28 @@ int CConfigPresetProcessor::recordIdOf(int presetNo) {
     return 0;
 }
 
-std::string CConfigPresetProcessor::sectionOf(int presetNo) {
-    return presetSection(presetNo, getDevTypeInfo().first);
+bool CConfigPresetProcessor::readSharedBlock(int id, sPresetBlock& block) {
+    if (mpSharedMemoryMngr == nullptr) return false;
+    const sPresetMemory& memory = memoryOf(id);
+    sPresetBlock shared{};
+    bool numbers = false;
+    bool states = false;
+    const auto takeNumber = [&](std::size_t index, double value) {
+        setElement(shared, PRESET_NUMBERS, index, value);
+        numbers = true;
+    };
+    const auto takeState = [&](std::size_t index, unsigned char value) {
+        setElement(shared, PRESET_STATES, index, value);
+        states = true;
+    };
+    // Both are read whatever comes of the first: a failure of either is printed.
+    const bool numbersRead =
+        mpSharedMemoryMngr->visitVector<double>(memory.numericObject, takeNumber);
+    const bool statesRead =
+        mpSharedMemoryMngr->visitVector<unsigned char>(memory.stateObject, takeState);
+    if (!numbersRead || !statesRead || !numbers || !states) return false;
+    block = shared;
+    return true;
 }
 
 sPresetBlock CConfigPresetProcessor::readSection(const std::string& section) {
@@ -171,7 +177,7 @@ bool CConfigPresetProcessor::writeSection(const std::string& section, const sPre
     const bool numbers = writeSettings(*mpFileConfig, section, PRESET_NUMBERS, block);
     const bool saved = states && numbers && batch.commit();
     mpFileConfig->close();
-    if (!openFile(PRESET_FILE_NAME, "r+b")) {
+    if (!openFile("r+b")) {
         std::puts("FileConfig[1],Failed to open conf preset configuration ");
     }
     return saved;

@@ -7,12 +7,6 @@
 
 namespace hxl_config_handler {
 
-inline constexpr char PRESET_FILE_NAME[] = "conf_preset.cfg";
-inline constexpr int PRESET_COUNT = 5;  // memories, numbered from 1
-
-// The section of a preset memory; an unknown device type has that of types 1 and 3.
-std::string presetSection(int presetNo, int devType);
-
 // Keeps each preset memory in three places: a section of the file, two shared objects and a
 // record. The file stays open after the load; each save closes it, so that the preset reaches
 // storage, and opens it again.
@@ -29,8 +23,8 @@ class CConfigPresetProcessor : public CAbsConfigProcesor {
     int Initialise() override;
     CConfData* GetConfData(int id) override { return getRecord(id); }
 
-    // Null if one of the two objects cannot be read or is empty: zeros would be saved over a
-    // stored preset.
+    // Null if one of the two objects cannot be read or is empty: otherwise zeros would be saved
+    // over a stored preset.
     CConfData* GetSharedMemData(int id) override;
 
     // Writes all settings of the preset. If one cannot be written, the stored record stays as it
@@ -38,11 +32,14 @@ class CConfigPresetProcessor : public CAbsConfigProcesor {
     int SaveConfData(int id, CConfData* record) override;
     int SetSharedMemData(int id, CConfData* record) override;
 
-    // The record identifier of preset memory 1 to 5; 0, which is no record's, for other numbers.
+    // The record identifier of preset memory 1 to 5; 0, which no record has, for other numbers.
     static int recordIdOf(int presetNo);
 
+    // The block as the two shared objects of `id` hold it, read in place; it is for a poll. False,
+    // and `block` unchanged, where GetSharedMemData() gives null.
+    static bool readSharedBlock(int id, sPresetBlock& block);
+
   private:
-    std::string sectionOf(int presetNo);
     sPresetBlock readSection(const std::string& section);
     bool writeSection(const std::string& section, const sPresetBlock& block);
     void publishPreset(int id, const CConfPresetData& preset);

@@ -2,14 +2,16 @@
 
 #include "config/records/chn_fw_version_data.h"
 #include "config/records/current_sharing_data.h"
+#include "config/schema/system_schema.h"
 #include "shared_memory/shared_memory.h"
 
 namespace hxl_config_handler {
 
-CConfigSystemProcessor::CConfigSystemProcessor() : CAbsConfigProcesor("CConfigSystemProcessor") {}
+CConfigSystemProcessor::CConfigSystemProcessor()
+    : CAbsConfigProcesor("CConfigSystemProcessor", SYSTEM_FILE_NAME) {}
 
 int CConfigSystemProcessor::LoadConfigFile() {
-    if (!openFile(SYSTEM_FILE_NAME, "rb")) return 0;
+    if (!openFile("rb")) return 0;
     loadCurrentSharing();
     loadChnFwVersion();
     return 1;
@@ -31,19 +33,14 @@ CConfData* CConfigSystemProcessor::GetSharedMemData(int id) {
 }
 
 void CConfigSystemProcessor::loadCurrentSharing() {
-    std::vector<double> values;
-    for (const char* key : SHARING_KEYS) {
-        double value = SHARING_DEFAULT;
-        mpFileConfig->read(SHARING_SECTION, key, value);
-        values.push_back(value);
-    }
+    const std::vector<double> values = readNumbers(SHARING_SECTION, SHARING_ROWS);
     auto* record = getRecordAs<CConfCurrentSharingData>(CURRENT_SHARING_ID);
     if (record != nullptr) record->SetValues(values);
     publish(CURRENT_SHARING_ID, values);
 }
 
 void CConfigSystemProcessor::loadChnFwVersion() {
-    std::string version = VERSION_DEFAULT;
+    std::string version = VERSION_FALLBACK;
     mpFileConfig->read(VERSION_SECTION, VERSION_KEY, version);
     auto* record = getRecordAs<CConfChnFwVersionData>(CHN_FW_VERSION_ID);
     if (record != nullptr) record->SetText(version);

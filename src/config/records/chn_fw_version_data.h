@@ -5,11 +5,9 @@
 #include <string>
 
 #include "config/records/text_data.h"
+#include "config/schema/system_schema.h"
 
 namespace hxl_config_handler {
-
-// The item, which is also its shared object.
-inline constexpr int CHN_FW_VERSION_ID = 30;
 
 class CConfChnFwVersionData : public CConfTextData {
   public:

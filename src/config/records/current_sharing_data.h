@@ -3,11 +3,9 @@
 #define CONFIG_RECORDS_CURRENT_SHARING_DATA_H
 
 #include "config/records/numbers_data.h"
+#include "config/schema/system_schema.h"
 
 namespace hxl_config_handler {
-
-// The item, which is also its shared object.
-inline constexpr int CURRENT_SHARING_ID = 29;
 
 struct sCurrentSharing {
     double dDominantPart;
@@ -18,7 +16,7 @@ struct sCurrentSharing {
     double dDownwardGrad_Ch2;
 };
 
-// The first four numbers come from the file; a doubles record of fewer counts as none.
+// The first four numbers come from the file. With fewer, all six are zero.
 class CConfCurrentSharingData : public CConfNumbersData<double, 6, 4> {
   public:
     explicit CConfCurrentSharingData(int id)

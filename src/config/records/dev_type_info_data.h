@@ -5,11 +5,9 @@
 #include <string>
 
 #include "config/records/text_data.h"
+#include "config/schema/dev_type_schema.h"
 
 namespace hxl_config_handler {
-
-// The item, which is also its shared object.
-inline constexpr int DEV_TYPE_ID = 48;
 
 class CConfDevTypeInfoData : public CConfTextData {
   public:

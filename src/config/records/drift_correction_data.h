@@ -2,17 +2,15 @@
 #ifndef CONFIG_RECORDS_DRIFT_CORRECTION_DATA_H
 #define CONFIG_RECORDS_DRIFT_CORRECTION_DATA_H
 
+#include <iterator>
+
 #include "config/records/numbers_data.h"
+#include "config/schema/dev_var_schema.h"
 
 namespace hxl_config_handler {
 
-// The item, which is also its shared object.
-inline constexpr int DRIFT_CORRECTION_ID = 28;
-
-// Eight numbers: the flag to apply the correction, its factor and the factor's divisor, maximum
-// temperature (degrees Celsius) and current (A), minimum and maximum voltage error and the
-// subtracted voltage (V).
-class CConfDriftCorrectionData : public CConfNumbersData<double, 8> {
+// The numbers and their units are those of DRIFT_ROWS, in the order of their indexes.
+class CConfDriftCorrectionData : public CConfNumbersData<double, std::size(DRIFT_ROWS)> {
   public:
     explicit CConfDriftCorrectionData(int id)
         : CConfDriftCorrectionData(id, {DRIFT_CORRECTION_ID, "DEF"}) {}

@@ -14,6 +14,7 @@ constexpr char CLASS_NAME[] = "CConfPresetData";
 template <typename Value, typename T, std::size_t COUNT>
 std::vector<Value> toValues(const sPresetBlock& block, const sPresetSetting<T> (&settings)[COUNT]) {
     std::vector<Value> values;
+    values.reserve(COUNT * CHANNEL_COUNT);
     for (const auto& setting : settings) {
         for (const T value : block.*setting.values)
             values.push_back(value);
@@ -24,13 +25,8 @@ std::vector<Value> toValues(const sPresetBlock& block, const sPresetSetting<T> (
 template <typename Value, typename T, std::size_t COUNT>
 void fromValues(sPresetBlock& block, const sPresetSetting<T> (&settings)[COUNT],
                 const std::vector<Value>& values) {
-    auto next = values.begin();
-    for (const auto& setting : settings) {
-        for (T& value : block.*setting.values) {
-            if (next == values.end()) return;
-            value = static_cast<T>(*next++);
-        }
-    }
+    for (std::size_t i = 0; i < values.size(); ++i)
+        setElement(block, settings, i, values[i]);
 }
 
 template <typename T, std::size_t COUNT>
@@ -63,16 +59,12 @@ CConfPresetData::CConfPresetData(int id, const CConfAutoSaveDataDbl& dblData,
     : CConfData(id, CLASS_NAME), mDblData(id, CLASS_NAME), mSelData(id, CLASS_NAME) {
     mDblData.SetValues(dblData.GetValues());
     mSelData.SetValues(selData.GetValues());
-}
-
-sPresetBlock CConfPresetData::GetPresetBlock() const {
-    sPresetBlock block{};
-    fromValues(block, PRESET_NUMBERS, mDblData.GetValues());
-    fromValues(block, PRESET_STATES, mSelData.GetValues());
-    return block;
+    fromValues(mBlock, PRESET_NUMBERS, mDblData.GetValues());
+    fromValues(mBlock, PRESET_STATES, mSelData.GetValues());
 }
 
 void CConfPresetData::SetPresetBlock(const sPresetBlock& block) {
+    mBlock = block;
     mDblData.SetValues(toValues<double>(block, PRESET_NUMBERS));
     mSelData.SetValues(toValues<unsigned char>(block, PRESET_STATES));
 }

@@ -1,10 +1,13 @@
-// The comma-separated lists that are the values of configuration files.
-#ifndef CONFIG_PROCESSORS_VALUE_LIST_H
-#define CONFIG_PROCESSORS_VALUE_LIST_H
+// Between the values of the configuration files and their text: every conversion of a list.
+#ifndef CONFIG_SCHEMA_VALUE_TEXT_H
+#define CONFIG_SCHEMA_VALUE_TEXT_H
 
 #include <cstdlib>
+#include <iterator>
 #include <string>
 #include <vector>
+
+#include "ini_file/number_text.h"
 
 namespace hxl_config_handler {
 
@@ -22,12 +25,16 @@ inline std::vector<std::string> splitList(const std::string& text) {
     return pieces;
 }
 
-// The low 8 bits of a number. Throws what std::stoi does for text that is none.
+// These two throw for non-numeric text: what core_utils::toDouble() does, and what std::stoi does.
+// A byte is the low 8 bits of the number.
+inline double toDouble(const std::string& piece) {
+    return core_utils::toDouble(piece.c_str());
+}
 inline unsigned char toByte(const std::string& piece) {
     return static_cast<unsigned char>(std::stoi(piece));
 }
 
-// As C reads them: text that is no number is 0.
+// As C reads them: non-numeric text is 0.
 inline void convert(const std::string& piece, float& value) {
     value = static_cast<float>(std::strtod(piece.c_str(), nullptr));
 }
