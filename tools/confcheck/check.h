@@ -15,6 +15,7 @@ enum class eSource { FILE, DEFAULT, NOTHING };
 struct sValue {
     std::string section;
     std::string key;
+    std::string unit;   // of the value; empty if it has none
     std::string value;  // as it is used; empty if the source is NOTHING
     std::string note;   // why it is not what the file says, or what it means; may be empty
     eSource source;

@@ -24,17 +24,25 @@ void printType(std::ostream& out, const sReport& report) {
         << (report.typeGiven ? "as --type says" : "as devtype_info.cfg says") << '\n';
 }
 
+std::string padded(const std::string& text, std::size_t width) {
+    return text + std::string(width - text.size(), ' ');
+}
+
 void printValues(std::ostream& out, const std::vector<sValue>& values) {
-    std::size_t widest = 0;
-    for (const sValue& value : values)
-        widest = std::max(widest, value.key.size());
+    std::size_t widestKey = 0;
+    std::size_t widestUnit = 0;
+    for (const sValue& value : values) {
+        widestKey = std::max(widestKey, value.key.size());
+        widestUnit = std::max(widestUnit, value.unit.size());
+    }
     constexpr int LINE_WIDTH = 6;
     const std::string* section = nullptr;
     for (const sValue& value : values) {
         if (section == nullptr || *section != value.section) out << "  [" << value.section << "]\n";
         section = &value.section;
         out << std::setw(LINE_WIDTH) << (value.line == 0 ? "-" : std::to_string(value.line)) << "  "
-            << value.key << std::string(widest - value.key.size(), ' ') << "  "
+            << padded(value.key, widestKey) << (widestUnit == 0 ? "" : "  ")
+            << padded(value.unit, widestUnit) << "  "
             << (value.source == eSource::NOTHING ? "-" : tools::printable(value.value));
         if (!value.note.empty()) out << "  (" << value.note << ')';
         out << '\n';
@@ -47,6 +55,7 @@ Json toJson(const sValue& value) {
                  {"value", nullptr},
                  {"source", SOURCES[static_cast<int>(value.source)]},
                  {"line", nullptr}};
+    if (!value.unit.empty()) json["unit"] = value.unit;
     if (value.source != eSource::NOTHING) json["value"] = value.value;
     if (value.line != 0) json["line"] = value.line;
     if (!value.note.empty()) json["note"] = value.note;
