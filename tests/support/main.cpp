@@ -1,17 +1,10 @@
 // The entry of every test program. Tests use the daemon's real paths, and much of the product lives
 // once a process: the program starts itself again for each test, where those paths are empty.
 #include <gtest/gtest.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <cerrno>
-#include <climits>
-#include <cstdio>
 #include <cstdlib>
-#include <cstring>
-#include <string>
+#include <filesystem>
 #include <utility>
-#include <vector>
 
 #include "support/child_process.h"
 
@@ -25,25 +18,19 @@ void setSanitizerOptions() {
     setenv("UBSAN_OPTIONS", "print_stacktrace=1", 0);
 }
 
-[[noreturn]] void startInPrivateRoot(std::vector<std::string> arguments) {
+[[noreturn]] void startInPrivateRoot(const support::Words& arguments) {
     setSanitizerOptions();
-    char self[PATH_MAX] = {};
-    if (readlink("/proc/self/exe", self, sizeof(self) - 1) < 0) _exit(EXIT_FAILURE);
-    std::vector<std::string> words = {TEST_PRIVATE_ROOT};
-    for (const std::string& word : support::targetCommand({self}))
-        words.push_back(word);
+    support::Words words =
+        support::targetCommand({std::filesystem::read_symlink("/proc/self/exe")});
+    words.insert(words.begin(), TEST_PRIVATE_ROOT);
     words.insert(words.end(), arguments.begin(), arguments.end());
-    std::vector<char*> command = support::argumentVector(words);
-    execv(command[0], command.data());
-    std::fprintf(stderr, "%s: %s\n", command[0], std::strerror(errno));
-    _exit(EXIT_FAILURE);
+    support::execute(words);
 }
 
 // Runs each selected test in a process of its own instead of here.
 class COneProcessEach : public testing::EmptyTestEventListener {
   public:
-    explicit COneProcessEach(std::vector<std::string> arguments)
-        : mArguments(std::move(arguments)) {}
+    explicit COneProcessEach(support::Words arguments) : mArguments(std::move(arguments)) {}
 
   private:
     void OnTestIterationStart(const testing::UnitTest& tests, int) override {
@@ -61,23 +48,23 @@ class COneProcessEach : public testing::EmptyTestEventListener {
     bool passes(const testing::TestInfo& test) const {
         const pid_t child = fork();
         if (child == 0) {
-            std::vector<std::string> arguments = mArguments;
+            support::Words arguments = mArguments;
             arguments.push_back(std::string("--gtest_filter=") + test.test_suite_name() + '.' +
                                 test.name());
-            startInPrivateRoot(std::move(arguments));
+            startInPrivateRoot(arguments);
         }
         int status = -1;
         waitpid(child, &status, 0);
         return status == 0;
     }
 
-    const std::vector<std::string> mArguments;
+    const support::Words mArguments;
 };
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    const std::vector<std::string> arguments(argv + 1, argv + argc);
+    const support::Words arguments(argv + 1, argv + argc);
     testing::InitGoogleTest(&argc, argv);
     const bool inside = std::getenv("APP_CONFIG_PRIVATE_ROOT") != nullptr;
     if (!inside && !testing::GTEST_FLAG(list_tests)) {

@@ -6,9 +6,11 @@
 
 namespace support {
 
+constexpr std::chrono::seconds BOUND{20};  // also for a busy machine
+
 // Polls `condition` every millisecond; false if it does not hold within `bound`.
 template <typename Condition>
-bool waitUntil(Condition condition, std::chrono::milliseconds bound = std::chrono::seconds(20)) {
+bool waitUntil(Condition condition, std::chrono::milliseconds bound = BOUND) {
     const auto end = std::chrono::steady_clock::now() + bound;
     while (!condition()) {
         if (std::chrono::steady_clock::now() >= end) return false;

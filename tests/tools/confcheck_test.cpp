@@ -7,14 +7,13 @@
 
 #include "support/child_process.h"
 #include "support/files.h"
-#include "tools/options.h"
 
 namespace {
 
 using support::configPath;
 using support::readFile;
 namespace fs = std::filesystem;
-using Words = std::vector<std::string>;
+using support::Words;
 
 // What the tool prints, then its status.
 std::string confcheck(Words words) {
@@ -49,10 +48,6 @@ TEST(Confcheck, FindsAllThatIsWrongInTheExamplesAndChangesNothing) {
         for (const auto& entry : fs::directory_iterator(example.folder))
             EXPECT_EQ(readFile(entry.path()), readFile(configPath(entry.path().filename())));
     }
-}
-
-TEST(Confcheck, HasAManualWithItsOptions) {
-    EXPECT_EQ(optionsIn(confcheck({"--help"})), optionsIn(readFile(TEST_CONFCHECK_MANUAL)));
 }
 
 TEST(Confcheck, JsonHasTheSameFields) {
