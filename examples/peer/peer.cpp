@@ -24,8 +24,8 @@ bool isDone(const CPeerSegment::sResult& result) {
 // Attaches to the segment and puts into it what this process has to say.
 bool publish(CPeerSegment& segment, const std::vector<double>& voltages) {
     const std::vector<std::string> identity = {"100_VOLTS_DEV_2CH"};
-    return isDone(segment.open()) && isDone(segment.write("CNF_DEV_TYP_MEM", identity)) &&
-           isDone(segment.write("VOLTAGE_DATA_MEM", voltages));
+    return isDone(segment.open()) && isDone(segment.write("VOLTAGE_DATA_MEM", voltages)) &&
+           isDone(segment.write("CNF_DEV_TYP_MEM", identity));
 }
 
 }  // namespace

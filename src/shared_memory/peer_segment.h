@@ -31,8 +31,8 @@ namespace core_utils {
 //
 // All processes on the segment must have one word size and one version of Boost, the one that this
 // library was built with; nothing in the segment tells them apart. A program that uses
-// Boost.Interprocess or Boost.Container itself must compile with the definitions that the library's
-// CMake target and pkg-config file carry.
+// Boost.Interprocess or Boost.Container itself must compile with the definitions that the target
+// AppConfig::app_config and pkg-config's app_config carry.
 //
 // `Value` is double, unsigned char or std::string, as the object's row in OBJECT_DIRECTORY says.
 class CPeerSegment {

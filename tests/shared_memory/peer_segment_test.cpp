@@ -10,6 +10,7 @@
 #include <iterator>
 #include <regex>
 
+#include "shared_memory/peer_segment_c.h"
 #include "support/files.h"
 #include "support/peer.h"
 #include "support/wait_until.h"
@@ -176,6 +177,44 @@ TEST(PeerSegment, WaitsForAnotherProcessAndNoLongerThanToldTo) {
         << "not a number is no change against itself";
     EXPECT_EQ(-SIGKILL, holder.run());
     EXPECT_EQ(eOutcome::LOCKED, segment.waitForChange(0, values, 1ms, 20s).outcome);
+}
+
+TEST(PeerSegment, TheInterfaceForCSaysWhatIsMissingAndLetsNothingThrough) {
+    peer_segment* segment = nullptr;
+    peer_segment_close(segment);
+    EXPECT_EQ(PEER_SEGMENT_NO_SEGMENT, peer_segment_open(&segment, 0));
+    EXPECT_STREQ("there is no segment CONF_AUTO_SAVE_MEM", peer_segment_error());
+    ASSERT_EQ(PEER_SEGMENT_DONE, peer_segment_open(&segment, PEER_SEGMENT_CREATE));
+    const char* const name = "VOLTAGE_DATA_MEM";
+    double values[3] = {1.0, 2.0, 3.0};
+    std::size_t count = 1;
+    EXPECT_EQ(PEER_SEGMENT_DONE, peer_segment_write_doubles(segment, name, values, 2));
+    EXPECT_EQ(PEER_SEGMENT_TOO_SMALL, peer_segment_read_doubles(segment, name, values, &count));
+    EXPECT_STREQ("the array has room for 1 of 2", peer_segment_error());
+    EXPECT_EQ(2U, count);
+
+    const auto twice = [](double* all, std::size_t size, void* outcome) {
+        for (std::size_t i = 0; i < size; ++i)
+            all[i] *= 2;
+        return *static_cast<int*>(outcome);
+    };
+    for (int outcome : {0, 1})
+        peer_segment_update_doubles(segment, name, twice, &outcome);
+    peer_segment_set_double(segment, name, 1, 7.0);
+    EXPECT_EQ(PEER_SEGMENT_DONE, peer_segment_wait_doubles(segment, name, values, &count, 3, 1, 5));
+    EXPECT_EQ((Doubles{2.0, 7.0, 3.0}), Doubles(values, values + 3));
+    EXPECT_EQ(PEER_SEGMENT_TIME_OUT,
+              peer_segment_wait_doubles(segment, name, values, &count, 3, 1, 5));
+
+    char text[4] = "?";
+    std::size_t size = sizeof(text);
+    const char* const texts[] = {"a", "abc"};
+    peer_segment_write_texts(segment, "WLAN_SSID_MEM", texts, 2);
+    EXPECT_EQ(0, peer_segment_read_text(segment, "WLAN_SSID_MEM", 1, text, &size));
+    EXPECT_STREQ("abc", text);
+    EXPECT_EQ(PEER_SEGMENT_NO_ELEMENT,
+              peer_segment_read_text(segment, "WLAN_SSID_MEM", 2, text, &size));
+    peer_segment_close(segment);
 }
 
 // Whoever shares the segment without our header reads the page.
