@@ -40,4 +40,12 @@ TEST(ChunkReader, CutsAnyBytesIntoLinesAndPiecesOf80FromAnyPosition) {
     }
 }
 
+TEST(ChunkReader, TellsAFailedReadFromTheEndOfTheFile) {
+    core_utils::CLockedFile file;
+    ASSERT_TRUE(file.open("/proc/self/mem", "rb"));  // nothing is mapped at its beginning
+    core_utils::CChunkReader reader(file);
+    EXPECT_FALSE(reader.next());
+    EXPECT_TRUE(reader.failed());
+}
+
 }  // namespace

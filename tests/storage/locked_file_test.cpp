@@ -37,6 +37,9 @@ TEST(LockedFile, WritesReadsAndCutsAtAnyPosition) {
         EXPECT_EQ(base + 2, size);
         EXPECT_TRUE(file.close());
     }
+    core_utils::CLockedFile null;
+    ASSERT_TRUE(null.open("/dev/null", "w"));
+    EXPECT_FALSE(null.writeBlock("x", 1)) << "written, but not in storage";
 }
 
 }  // namespace
