@@ -130,6 +130,8 @@ TEST_F(LogSinkFile, ClosesAFileThatCannotBeWritten) {
     EXPECT_EQ("ERROR : CLogger  WRITE to file\n\nERROR : CLogger close file ",
               printedBy([&] { mSink.handleEvent(makeEvent()); }));
     EXPECT_TRUE(mSink.close()) << "it is closed";
+    EXPECT_TRUE(mSink.initialise(DIRECTORY, 10000));
+    EXPECT_FALSE(mSink.close());
 }
 
 TEST_F(LogSinkFile, HouseKeepingDeletesWhatIsOlderThanTheCutOffDate) {

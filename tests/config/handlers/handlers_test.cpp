@@ -9,6 +9,7 @@
 #include "config/handlers/preset_handler.h"
 #include "config/handlers/system_handler.h"
 #include "config/manager/hxl_config_handler.h"
+#include "support/allocations.h"
 #include "support/processor_test.h"
 #include "support/wait_until.h"
 
@@ -151,6 +152,36 @@ TEST(PresetHandler, PresetsThatDifferInOneByteAreNotEqual) {
     EXPECT_TRUE(handler.isPresetEqual(block, {}));
     block.fFuseDelay[1] = NAN;
     EXPECT_FALSE(handler.isPresetEqual(block, block));
+}
+
+TEST(PollingHandlers, AllocateNothingWhileNothingChanges) {
+    writeFile(AUTO_SAVE, "[CONF_STATUS]\nSTATE=0\n");
+    writeFile(PRESET, "");
+    facade().setDevTypeInfo(1, 2, false);
+    printedBy([&] { facade().loadAutoSaveConfig() && facade().loadPresetConfig(); });
+    const std::string longText(60, 's');
+    EXPECT_TRUE(facade().saveStrValues(24, {longText}));
+    shared().setStringVector(24, {longText});
+
+    struct CAutoSave : CConfigAutoSaveHandler {
+        using CConfigAutoSaveHandler::saveChanges;
+    } autoSave;
+    struct CPreset : CConfigPresetHandler {
+        using CConfigPresetHandler::saveIfChanged;
+    } preset;
+    const std::string before = readFile(AUTO_SAVE);
+    countAllocations();
+    for (int cycle = 0; cycle < 3; ++cycle) {
+        autoSave.saveChanges();
+        for (int number = 1; number <= 5; ++number)
+            preset.saveIfChanged(number);
+    }
+    EXPECT_EQ(0, allocations());
+    EXPECT_EQ(before, readFile(AUTO_SAVE));
+
+    shared().setStringVector(24, {longText + 's'});
+    autoSave.saveChanges();
+    EXPECT_EQ(replaced(before, longText, longText + 's'), readFile(AUTO_SAVE)) << "it was compared";
 }
 
 TEST(OneShotHandlers, LoadTheirFilesAndPrintThem) {
