@@ -52,7 +52,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     }
     // The last byte can vary without a change of what the file says.
     const confcheck::sReport report =
-        confcheck::checkFolder(support::configPath(""), bytes[size - 1] % DEV_TYPES);
+        confcheck::checkFolder(support::configPath(""), {bytes[size - 1] % DEV_TYPES});
     for (const confcheck::sFileReport& file : report.files)
         compare(file, lines);
     return 0;

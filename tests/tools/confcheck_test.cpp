@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <sys/mount.h>
 #include <sys/stat.h>
 
 #include <filesystem>
@@ -103,8 +104,48 @@ TEST(Confcheck, NeitherWaitsNorReadsWhatIsNoFile) {
     EXPECT_EQ(configPath("conf_preset.cfg") +
                   ":1: is a FIFO, no regular file: the daemon cannot open it\nstatus 1",
               confcheck({"--quiet"}));
-    EXPECT_EQ("status 3", confcheck({configPath("conf_preset.cfg")}));
+    EXPECT_EQ("status 3", confcheck({configPath("nothing.cfg")}));
     EXPECT_EQ("status 2", confcheck({"--type", "4"}));
+}
+
+TEST(Confcheck, KnowsPresetsOfTheOtherFamilyForWrong) {
+    installDelivered();
+    const std::string presets = configPath("conf_preset.cfg");
+    const auto wrong = [&](const char* theirs, const char* ours) {
+        return presets + ":1: holds the presets of the " + theirs + " family, not those of " +
+               ours + "\nstatus 1";
+    };
+    for (const Words& unit : {Words{"--type", "3"}, {"--family", "KOL"}}) {
+        EXPECT_EQ(wrong("ZEV", "KOL"), confcheck({"--quiet", unit[0], unit[1]}));
+        EXPECT_EQ(wrong("ZEV", "KOL"), confcheck({"--quiet", unit[0], unit[1], presets}));
+    }
+    install(TEST_DEPLOY_DIR "/families/KOL");
+    EXPECT_EQ("status 0", confcheck({"--quiet", "--type", "3"}));
+    EXPECT_EQ(wrong("KOL", "ZEV"), confcheck({"--quiet", "--type", "1"}));
+    EXPECT_EQ(wrong("KOL", "ZEV"), confcheck({"--quiet", "--family", "ZEV"}));
+}
+
+TEST(Confcheck, ChecksOneFileBesideTheOthers) {
+    install(TEST_EXAMPLES_DIR "/confcheck");
+    const std::string all = confcheck({"--quiet"}), path = configPath("conf_preset.cfg");
+    const std::size_t begin = all.find(path), end = all.find(configPath("system_config.cfg"));
+    EXPECT_EQ(all.substr(begin, end - begin) + "status 1", confcheck({"--quiet", path}));
+    support::writeFile(configPath("other.cfg"), "");
+    EXPECT_EQ("status 2", confcheck({configPath("other.cfg")}));
+}
+
+TEST(Confcheck, FindsWhatTheDaemonCannotOpenOnAReadOnlyFileSystem) {
+    installDelivered();
+    const std::string folder = configPath("");
+    ASSERT_EQ(0, mount(folder.c_str(), folder.c_str(), nullptr, MS_BIND, nullptr));
+    ASSERT_EQ(0,
+              mount(nullptr, folder.c_str(), nullptr, MS_REMOUNT | MS_BIND | MS_RDONLY, nullptr));
+    const std::string reason =
+        ":1: is on a read-only file system: the daemon, which opens it to write too, cannot load "
+        "it\n";
+    EXPECT_EQ(configPath("conf_auto_save.cfg") + reason + configPath("conf_preset.cfg") + reason +
+                  "status 1",
+              confcheck({"--quiet"}));
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include "confcheck/check.h"
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -9,6 +10,8 @@
 
 #include "confcheck/values.h"
 #include "config/manager/device_identity.h"
+#include "config/schema/auto_save_schema.h"
+#include "config/schema/preset_schema.h"
 #include "ini_file/chunk_reader.h"
 
 namespace confcheck {
@@ -16,6 +19,9 @@ namespace confcheck {
 namespace {
 
 constexpr char READ_MODE[] = "rb";
+constexpr char ZEV[] = "ZEV";
+constexpr char KOL[] = "KOL";
+constexpr int KOL_DEV_TYPE = 3;
 
 bool isAutoSaveItem(const sItem& item) {
     return item.kind == eKind::DOUBLES || item.kind == eKind::BYTES || item.kind == eKind::TEXTS;
@@ -28,8 +34,24 @@ const char* kindOf(mode_t mode) {
     return "a device";
 }
 
+// The daemon opens these to write when it loads them.
+bool isLoadedForWriting(const std::string& name) {
+    return name == hxl_config_handler::AUTO_SAVE_FILE_NAME ||
+           name == hxl_config_handler::PRESET_FILE_NAME;
+}
+
+// Whose presets a file with these lines holds: only ZEV has 100 V models; as delivered the first
+// line names the family.
+std::string familyOf(const CLines& lines, const std::string& firstLine) {
+    if (lines.hasSection(hxl_config_handler::presetSection(1, 2))) return ZEV;
+    if (firstLine.empty() || firstLine.front() != '#') return {};
+    for (const char* family : {ZEV, KOL})
+        if (firstLine.find(family) != std::string::npos) return family;
+    return {};
+}
+
 // False, and `report` says why, if there is nothing to read.
-bool readLines(CLines& lines, sFileReport& report) {
+bool readLines(const std::string& name, CLines& lines, sFileReport& report) {
     struct stat status {};
     core_utils::CLockedFile file;
     if (stat(report.path.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
@@ -42,9 +64,13 @@ bool readLines(CLines& lines, sFileReport& report) {
         return false;
     }
     core_utils::CChunkReader reader(file);
-    while (reader.next())
+    std::string firstLine;
+    for (bool first = true; reader.next(); first = false) {
+        if (first) firstLine = reader.chunk();
         lines.take(reader.chunk(), reader.isCutOff());
+    }
     if (reader.failed()) report.error = "it cannot be read to its end";
+    if (name == hxl_config_handler::PRESET_FILE_NAME) report.family = familyOf(lines, firstLine);
     return !reader.failed();
 }
 
@@ -159,18 +185,28 @@ class CFileCheck {
     int mEndStep = 0;
 };
 
-sFileReport checkFile(const std::string& folder, const sConfigFile& file, int devType) {
+sFileReport checkFile(const std::string& folder, const sConfigFile& file, const sUnit& unit) {
     sFileReport report;
     report.path = folder + (folder.empty() || folder.back() != '/' ? "/" : "") + file.name;
     CLines lines(file);
-    if (!readLines(lines, report)) return report;
+    if (!readLines(file.name, lines, report)) return report;
     core_utils::CFileConfig config;
     if (!config.open(report.path, READ_MODE)) {
         report.error = std::strerror(errno);
         return report;
     }
     report.findings = lines.findings();
-    CFileCheck(file, lines, devType, report).run(config);
+    if (isLoadedForWriting(file.name) && access(report.path.c_str(), W_OK) != 0 && errno == EROFS) {
+        report.findings.push_back(
+            {1,
+             "is on a read-only file system: the daemon, which opens it to write too, cannot "
+             "load it"});
+    }
+    if (!report.family.empty() && !unit.family.empty() && report.family != unit.family) {
+        report.findings.push_back({1, "holds the presets of the " + report.family +
+                                          " family, not those of " + unit.family});
+    }
+    CFileCheck(file, lines, unit.devType, report).run(config);
     std::stable_sort(report.findings.begin(), report.findings.end(),
                      [](const sFinding& a, const sFinding& b) { return a.line < b.line; });
     return report;
@@ -178,18 +214,30 @@ sFileReport checkFile(const std::string& folder, const sConfigFile& file, int de
 
 }  // namespace
 
-sReport checkFolder(const std::string& folder, int devType) {
+bool isConfigFile(const std::string& name) {
+    const std::vector<sConfigFile> files = configFiles(0);
+    return std::any_of(files.begin(), files.end(),
+                       [&](const sConfigFile& file) { return file.name == name; });
+}
+
+sReport checkFolder(const std::string& folder, const sUnit& given, const std::string& only) {
     sReport report;
-    report.typeGiven = devType != 0;
-    report.devType = devType;
+    sUnit unit = given;
+    if (unit.devType == 0 && unit.family == KOL) unit.devType = KOL_DEV_TYPE;
+    report.typeGiven = unit.devType != 0;
     if (!report.typeGiven) {
-        const sFileReport identity = checkFile(folder, configFiles(0).front(), 0);
+        const sFileReport identity = checkFile(folder, configFiles(0).front(), {});
         if (!identity.values.empty()) {
-            report.devType = hxl_config_handler::identityOf(identity.values.front().value).first;
+            unit.devType = hxl_config_handler::identityOf(identity.values.front().value).first;
         }
     }
-    for (const sConfigFile& file : configFiles(report.devType))
-        report.files.push_back(checkFile(folder, file, report.devType));
+    if (unit.family.empty() && unit.devType != 0) {
+        unit.family = unit.devType == KOL_DEV_TYPE ? KOL : ZEV;
+    }
+    report.devType = unit.devType;
+    for (const sConfigFile& file : configFiles(unit.devType))
+        if (only.empty() || only == file.name)
+            report.files.push_back(checkFile(folder, file, unit));
     return report;
 }
 

@@ -24,7 +24,8 @@ struct sValue {
 
 struct sFileReport {
     std::string path;
-    std::string error;  // why the file cannot be read; empty if it can
+    std::string family;  // of the preset file, where that can be seen; otherwise empty
+    std::string error;   // why the file cannot be read; empty if it can
     std::vector<sValue> values;
     std::vector<sFinding> findings;  // by line
 };
@@ -35,9 +36,17 @@ struct sReport {
     std::vector<sFileReport> files;
 };
 
-// Checks the six files in `folder` for a unit of the device type, 1 to 3; 0 for the type that the
-// file of the device type tells. Opens regular files only, to read, and never waits.
-sReport checkFolder(const std::string& folder, int devType);
+struct sUnit {
+    int devType = 0;          // 1 to 3; 0 for what the file of the device type tells
+    std::string family = {};  // "ZEV" or "KOL"; empty for that of the device type
+};
+
+// Checks the six files in `folder` for a unit, or the one of them that is called `only`. Opens
+// regular files only, to read, and never waits.
+sReport checkFolder(const std::string& folder, const sUnit& unit, const std::string& only = {});
+
+// Whether one of the six files has this name.
+bool isConfigFile(const std::string& name);
 
 }  // namespace confcheck
 

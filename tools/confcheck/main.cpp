@@ -28,18 +28,11 @@ constexpr char FOOTER[] =
     "Status: 0 clean, 1 findings, 2 wrong usage, 3 something cannot be read.";
 
 struct sArguments {
-    std::string folder = "/etc/quenvel/config/system";
-    int devType = 0;
+    std::string path = "/etc/quenvel/config/system";
+    sUnit unit;
     bool json = false;
     bool quiet = false;
 };
-
-bool isFolder(const std::string& path) {
-    struct stat status {};
-    if (stat(path.c_str(), &status) != 0) return false;
-    errno = ENOTDIR;
-    return S_ISDIR(status.st_mode);
-}
 
 eExitStatus statusOf(const sReport& report) {
     bool findings = false;
@@ -53,13 +46,33 @@ eExitStatus statusOf(const sReport& report) {
     return errors ? STATUS_CANNOT_READ : findings ? STATUS_FINDINGS : STATUS_CLEAN;
 }
 
-eExitStatus check(const sArguments& arguments) {
-    if (!isFolder(arguments.folder)) {
-        std::cerr << "confcheck: cannot read " << arguments.folder << ": " << std::strerror(errno)
-                  << '\n';
-        return STATUS_CANNOT_READ;
+// False, and printed, if there is no such folder or file.
+bool exists(const std::string& path, bool& isFolder) {
+    struct stat status {};
+    if (stat(path.c_str(), &status) != 0) {
+        std::cerr << "confcheck: cannot read " << path << ": " << std::strerror(errno) << '\n';
+        return false;
     }
-    const sReport report = checkFolder(arguments.folder, arguments.devType);
+    isFolder = S_ISDIR(status.st_mode);
+    return true;
+}
+
+eExitStatus check(const sArguments& arguments) {
+    std::string folder = arguments.path;
+    std::string only;
+    bool isFolder = false;
+    if (!exists(folder, isFolder)) return STATUS_CANNOT_READ;
+    if (!isFolder) {
+        const std::size_t slash = folder.rfind('/');
+        only = folder.substr(slash == std::string::npos ? 0 : slash + 1);
+        folder = slash == std::string::npos ? "." : folder.substr(0, slash + 1);
+        if (!isConfigFile(only)) {
+            std::cerr << "confcheck: " << arguments.path
+                      << " has the name of none of the daemon's files\n";
+            return STATUS_USAGE;
+        }
+    }
+    const sReport report = checkFolder(folder, arguments.unit, only);
     const auto print = arguments.json ? printJson : printText;
     print(std::cout, report, arguments.quiet);
     std::cout.flush();
@@ -75,8 +88,14 @@ eExitStatus run(int argc, char** argv) {
     app.footer(FOOTER);
     app.set_version_flag("--version", "confcheck " APP_CONFIG_VERSION);
     sArguments arguments;
-    app.add_option("DIR", arguments.folder, "The folder with the six files")->capture_default_str();
-    app.add_option("--type", arguments.devType,
+    app.add_option("PATH", arguments.path, "The folder with the six files, or one of them")
+        ->capture_default_str();
+    app.add_option(
+           "--family", arguments.unit.family,
+           "Model family of the unit: ZEV, or KOL, which has type 3 alone. Without it, that "
+           "of the device type")
+        ->check(CLI::IsMember({"ZEV", "KOL"}));
+    app.add_option("--type", arguments.unit.devType,
                    "Device type of the unit: 1 ZEV 35 V, 2 ZEV 100 V, 3 KOL 35 V. Without it, as "
                    "devtype_info.cfg says")
         ->check(CLI::IsMember({1, 2, 3}));

@@ -21,7 +21,7 @@ void printType(std::ostream& out, const sReport& report) {
         return;
     }
     out << "device type " << report.devType << ", "
-        << (report.typeGiven ? "as --type says" : "as devtype_info.cfg says") << '\n';
+        << (report.typeGiven ? "as given" : "as devtype_info.cfg says") << '\n';
 }
 
 std::string padded(const std::string& text, std::size_t width) {
@@ -65,6 +65,7 @@ Json toJson(const sValue& value) {
 Json toJson(const sFileReport& file, bool quiet) {
     Json json = {{"file", file.path}};
     if (!file.error.empty()) json["error"] = file.error;
+    if (!file.family.empty()) json["family"] = file.family;
     if (!quiet) {
         json["values"] = Json::array();
         for (const sValue& value : file.values)
@@ -84,7 +85,9 @@ void printText(std::ostream& out, const sReport& report, bool quiet) {
     if (!quiet) printType(out, report);
     for (const sFileReport& file : report.files) {
         if (!quiet) {
-            out << '\n' << file.path << '\n';
+            out << '\n' << file.path;
+            if (!file.family.empty()) out << "  (of the " << file.family << " family)";
+            out << '\n';
             printValues(out, file.values);
         }
         for (const sFinding& finding : file.findings)
