@@ -44,15 +44,18 @@ void holdBackTheEnd() {
 
 }  // namespace
 
-void setUpProcess() {
-    // A configuration file that got one of these numbers would get the printed lines too. open()
-    // takes the lowest free number, so the first one above them says that none is left.
+// open() takes the lowest free number, so the first one above the standard ones says that none of
+// these is left.
+void fillStandardDescriptors(int flags) {
     int descriptor = 0;
     do {
-        descriptor = open("/dev/null", O_RDWR);
+        descriptor = open("/dev/null", flags);
     } while (descriptor >= 0 && descriptor <= STDERR_FILENO);
     if (descriptor >= 0) close(descriptor);
+}
 
+void setUpProcess() {
+    fillStandardDescriptors(O_RDWR);
     signal(SIGPIPE, SIG_IGN);
     signal(SIGHUP, SIG_IGN);
 

@@ -1,6 +1,11 @@
-// What this process settles with the system before its own work begins.
+// What a process settles with the system before its own work begins.
 #ifndef HOST_PROCESS_SETUP_H
 #define HOST_PROCESS_SETUP_H
+
+// Opens /dev/null with `flags`, as open() takes them, in the place of each standard descriptor that
+// the starter of the process has closed. Otherwise a file or segment that is opened later would get
+// its number, and the printed lines.
+void fillStandardDescriptors(int flags);
 
 // For main(), before anything opens a file, prints or starts a thread, which must all leave SIGTERM
 // and SIGINT blocked as they inherit them. Afterwards:

@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "ini_file/chunk_syntax.h"
 #include "storage/locked_file.h"
 
 namespace core_utils {
@@ -19,7 +20,6 @@ namespace core_utils {
 // reader is in use. One thread only. An object takes about 4.2 KB of the stack.
 class CChunkReader {
   public:
-    static constexpr std::size_t CHUNK_SIZE = 80;
     static constexpr std::size_t WINDOW_SIZE = 4096;
 
     // Starts at the beginning of `image` if it is not null, otherwise of the file.

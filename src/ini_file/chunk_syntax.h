@@ -8,6 +8,10 @@
 
 namespace core_utils {
 
+// Characters of the longest chunk, which is also the longest line that is written whole; its line
+// feed counts.
+inline constexpr std::size_t CHUNK_SIZE = 80;
+
 // No chunk may be empty. The results point into the chunk.
 
 inline bool isBlank(char character) {
@@ -41,6 +45,17 @@ inline std::string_view valueOf(std::string_view chunk) {
     while (length < value.size() && !isBlank(value[length]))
         ++length;
     return value.substr(0, length);
+}
+
+// How a rewrite treats a chunk that begins a line. Unlike in a lookup, a header with a "=" in it is
+// a key line: this is part of the file format.
+enum class eRewritten { DROPPED, KEPT, KEPT_AS_HEADER };
+
+inline eRewritten whenRewritten(std::string_view chunk) {
+    const std::size_t equals = chunk.find('=');
+    const bool keyLine = equals != std::string_view::npos && equals > 0;
+    if (keyLine || chunk.front() == '#') return eRewritten::KEPT;
+    return isHeader(chunk) ? eRewritten::KEPT_AS_HEADER : eRewritten::DROPPED;
 }
 
 }  // namespace core_utils

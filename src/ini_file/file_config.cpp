@@ -19,7 +19,7 @@ namespace core_utils {
 namespace {
 
 constexpr std::size_t MAX_SECTION_LENGTH = 77;
-constexpr int MAX_LINE_LENGTH = 80;
+constexpr int MAX_LINE_LENGTH = CHUNK_SIZE;
 constexpr int VALUE_CAPACITY = 100;
 constexpr int NUMBER_CAPACITY = 320;  // characters of the longest double with six decimals
 constexpr int HEAD_CAPACITY = 256;    // line ends, header and line
@@ -58,13 +58,11 @@ void appendRemainder(CChunkReader& reader, std::string& tail) {
     bool continuation = false;
     while (reader.next()) {
         const std::string_view chunk = reader.chunk();
-        const std::size_t equals = chunk.find('=');
-        const bool keyLine = equals != std::string_view::npos && equals > 0;
-        const bool header = !keyLine && chunk.front() == '[';
-        if (header && !continuation) tail += '\n';
-        if (keyLine || header || chunk.front() == '#' || continuation) tail += chunk;
+        const eRewritten kind = whenRewritten(chunk);
+        if (kind == eRewritten::KEPT_AS_HEADER && !continuation) tail += '\n';
+        if (kind != eRewritten::DROPPED || continuation) tail += chunk;
         // Also after a line of 80 characters that is complete: this is part of the file format.
-        continuation = chunk.size() == CChunkReader::CHUNK_SIZE;
+        continuation = chunk.size() == CHUNK_SIZE;
     }
 }
 

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "ini_file/chunk_reader.h"
 #include "ini_file/chunk_syntax.h"
 #include "support/closest.h"
 #include "support/format.h"
@@ -114,7 +113,7 @@ const sItem* CLines::findItem(const std::string& key) const {
 // A further chunk of a line, which counts as a line of its own.
 void CLines::takeRest(std::string_view chunk) {
     const std::string key(core_utils::keyOf(chunk));
-    const auto column = static_cast<std::size_t>(mChunks) * core_utils::CChunkReader::CHUNK_SIZE;
+    const auto column = static_cast<std::size_t>(mChunks) * core_utils::CHUNK_SIZE;
     std::string effect;
     if (core_utils::isHeader(chunk)) {
         enterSection(chunk);

@@ -7,7 +7,7 @@
 
 #include "config/manager/device_identity.h"
 #include "config/schema/value_text.h"
-#include "ini_file/chunk_reader.h"
+#include "ini_file/chunk_syntax.h"
 #include "support/format.h"
 
 namespace confcheck {
@@ -19,7 +19,7 @@ using core_utils::CFileConfig;
 using tools::quoted;
 
 constexpr std::size_t CHANNELS = 2;
-constexpr std::size_t LONGEST_LINE = core_utils::CChunkReader::CHUNK_SIZE;
+constexpr std::size_t LONGEST_LINE = core_utils::CHUNK_SIZE;
 
 // What happens to text that is no number.
 enum eFate { COUNTS_AS_ZERO, COUNTS_AS_SAVED, IS_DROPPED, IS_NOT_READ, ENDS_LOAD };

@@ -1,6 +1,5 @@
 // shmconf: shows and changes the objects of the segment that the daemon shares with its peers.
 #include <fcntl.h>
-#include <unistd.h>
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -9,6 +8,7 @@
 #include <iostream>
 #include <limits>
 
+#include "host/process_setup.h"
 #include "shmconf/commands.h"
 #include "support/closest.h"
 
@@ -184,20 +184,10 @@ eExitStatus run(Words words) {
     return status;
 }
 
-// What the starter has closed must not become the segment's: the output would land in it. Open
-// for reading, so that writing fails as it should.
-void fillStandardDescriptors() {
-    int descriptor = 0;
-    do {
-        descriptor = open("/dev/null", O_RDONLY);
-    } while (descriptor >= 0 && descriptor <= STDERR_FILENO);
-    if (descriptor >= 0) close(descriptor);
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
-    fillStandardDescriptors();
+    fillStandardDescriptors(O_RDONLY);  // so that writing to a closed one fails as it should
     eExitStatus status = STATUS_FAILED;
     try {
         status = run({argv + std::min(argc, 1), argv + argc});

@@ -1,22 +1,16 @@
 #include "shmconf/object_table.h"
 
 #include <algorithm>
-#include <cctype>
 #include <charconv>
 #include <iterator>
 
 #include "shmconf/tool_error.h"
 #include "support/closest.h"
+#include "support/format.h"
 
 namespace shmconf {
 
 namespace {
-
-std::string toUpper(std::string text) {
-    for (char& c : text)
-        c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
-    return text;
-}
 
 bool isIdentifier(const std::string& text, int& id) {
     const char* end = text.data() + text.size();
@@ -70,7 +64,7 @@ sObject findObject(const std::string& text) {
     int id = 0;
     if (isIdentifier(text, id)) return findById(text, id);
 
-    const std::string name = toUpper(text);
+    const std::string name = tools::toUpper(text);
     std::vector<sObject> matches;
     for (const sObject& object : allObjects()) {
         if (name == object.name) return object;

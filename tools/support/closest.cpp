@@ -1,8 +1,9 @@
 #include "support/closest.h"
 
 #include <algorithm>
-#include <cctype>
 #include <numeric>
+
+#include "support/format.h"
 
 namespace tools {
 
@@ -30,12 +31,6 @@ std::size_t editDistance(const std::string& from, const std::string& to) {
         }
     }
     return row[to.size()];
-}
-
-std::string toUpper(std::string text) {
-    for (char& c : text)
-        c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
-    return text;
 }
 
 }  // namespace

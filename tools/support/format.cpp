@@ -1,6 +1,7 @@
 #include "support/format.h"
 
 #include <boost/nowide/utf/utf.hpp>
+#include <cctype>
 
 namespace tools {
 
@@ -44,6 +45,12 @@ std::string escaped(const std::string& text, bool quote) {
 
 std::string printable(const std::string& text) {
     return escaped(text, false);
+}
+
+std::string toUpper(std::string text) {
+    for (char& c : text)
+        c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+    return text;
 }
 
 std::string quoted(const std::string& text) {

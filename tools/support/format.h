@@ -13,6 +13,9 @@ std::string printable(const std::string& text);
 // The same in double quotes, with a backslash before those in the text and before backslashes.
 std::string quoted(const std::string& text);
 
+// ASCII letters in upper case.
+std::string toUpper(std::string text);
+
 inline std::string format(const std::string& text) {
     return quoted(text);
 }
