@@ -39,17 +39,9 @@ void expectLines(CChildProcess& daemon, const std::string& text) {
         ASSERT_EQ(line, daemon.readLine().value_or("nothing"));
 }
 
-bool setIdentity(CPeerMemory& memory) {
-    return memory.setStringVector(48, {}) && memory.setStringVector(48, {"100_VOLTS_DEV_2CH"});
-}
-
-void publish(const std::string& text) {
+void publish(const std::string& text = "100_VOLTS_DEV_2CH") {
     EXPECT_EQ(0,
               CPeer([&](CPeerMemory& memory) { return memory.setStringVector(48, {text}); }).run());
-}
-
-void publishIdentity() {
-    EXPECT_EQ(0, CPeer(setIdentity).run());
 }
 
 bool isIdentityRecorded() {
@@ -106,7 +98,7 @@ TEST(Daemon, RecordsAnIdentityThatComesLaterForTheNextStartWhichWritesNothing) {
         CChildProcess daemon({APP_CONFIG_MANAGER});
         expectLines(daemon, BANNER + row.missing);
         expectQuietLife(daemon, LOOKING);
-        publishIdentity();
+        publish();
         expectLines(daemon, row.recording + IDENTITY);
         expectQuietLife(daemon, RESIDENT);
         daemon.kill(SIGKILL);
@@ -124,7 +116,7 @@ TEST(Daemon, RecordsAnIdentityThatComesLaterForTheNextStartWhichWritesNothing) {
 TEST(Daemon, FirstStartTakesTheIdentityThatAPeerPublishedBeforeIt) {
     const std::string shipped = readFile(TEST_DEPLOY_DIR + PATH);
     writeFile(PATH, shipped);
-    publishIdentity();
+    publish();
     CChildProcess daemon({APP_CONFIG_MANAGER});
     expectLines(daemon, BANNER + NO_KEY + IDENTITY);
     expectQuietLife(daemon, RESIDENT);
@@ -140,7 +132,7 @@ TEST(Daemon, RecordsAnIdentityThatWasStillBeingWrittenAtTheFirstLook) {
         CChildProcess daemon({APP_CONFIG_MANAGER});
         expectLines(daemon, BANNER + NO_KEY);
         awaitSleeps(daemon, 2);
-        publish("100_VOLTS_DEV_2CH");
+        publish();
         expectLines(daemon, RECORDING + IDENTITY);
         EXPECT_TRUE(isIdentityRecorded()) << begun;
     }
@@ -157,25 +149,23 @@ TEST(Daemon, DescriptorsThatAreClosedAtItsStartAreTheNullDevice) {
     writeFile(PATH, FILE_HEAD + "UNKNOWN\n");
     CChildProcess daemon({APP_CONFIG_MANAGER}, {0, 1, 2});
     awaitPolling(daemon);
-    publishIdentity();
+    publish();
     EXPECT_TRUE(waitUntil(isIdentityRecorded)) << readFile(PATH);
     const std::string descriptors = "/proc/" + std::to_string(daemon.pid()) + "/fd/";
     for (const char* descriptor : {"0", "1", "2"})
         EXPECT_EQ("/dev/null", std::filesystem::read_symlink(descriptors + descriptor));
 }
 
-TEST(Daemon, OutlivesItsTerminalAndTheReaderOfItsLinesButNotARequestToEnd) {
+TEST(Daemon, OutlivesItsTerminalAndTheReaderOfItsLines) {
     writeFile(PATH, FILE_HEAD + "UNKNOWN\n");
     CChildProcess daemon({APP_CONFIG_MANAGER});
     expectLines(daemon, BANNER);
     awaitPolling(daemon);
     daemon.kill(SIGHUP);
     daemon.closeOutput();
-    publishIdentity();
+    publish();
     EXPECT_TRUE(waitUntil(isIdentityRecorded));
     EXPECT_EQ(std::nullopt, daemon.wait(milliseconds(100)));
-    daemon.kill(SIGTERM);
-    EXPECT_EQ(-SIGTERM, daemon.wait());
 }
 
 // Threads print at once: only the registry's own lines have an order.
@@ -226,7 +216,7 @@ TEST(DaemonWithAllHandlers, KeepsItsFilesOverAKillAndLeavesThoseOfTheFactoryAlon
     expectLines(daemon, BANNER);
     awaitPolling(daemon);
     EXPECT_EQ(expected, configFiles()) << "nothing else before the identity is known";
-    publishIdentity();
+    publish();
     expectLines(daemon, RECORDING + IDENTITY);
     expectOtherHandlers(daemon);
     changeItemAndPreset({12, 34}, 3);
@@ -288,7 +278,9 @@ TEST(Daemon, StartsBesideAPeerThatSetsTheIdentityAtThatMoment) {
         unlink(started.c_str());
         CPeer peer([&](CPeerMemory& memory) {
             while (access(started.c_str(), F_OK) != 0)
-                if (!setIdentity(memory)) return false;
+                if (!memory.setStringVector(48, {}) ||
+                    !memory.setStringVector(48, {"100_VOLTS_DEV_2CH"}))
+                    return false;
             return true;
         });
         CPeer daemon([](CPeerMemory&) {

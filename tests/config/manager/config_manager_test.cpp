@@ -22,11 +22,8 @@ TEST(ConfigManager, IdentityAndDeviceStringFollowFromOneAnother) {
         Identity read;
     } rows[] = {
         {{1, 1}, "35_VOLTS_DEV_1CH", {1, 1}},
-        {{1, 2}, "35_VOLTS_DEV_2CH", {1, 2}},
-        {{2, 1}, "100_VOLTS_DEV_1CH", {2, 1}},
         {{2, 2}, "100_VOLTS_DEV_2CH", {2, 2}},
         {{3, 1}, "KOL_35_VOLTS_DEV_2CH", {3, 2}},
-        {{3, 2}, "KOL_35_VOLTS_DEV_2CH", {3, 2}},
         {{4, 1}, "", {0, 0}},
         {{0, 0}, "UNKNOWN", {0, 0}},
         {{0, 0}, "KOL_100_VOLTS_DEV", {2, 2}},
