@@ -77,14 +77,14 @@ sResult toResult(const sSharedObject& object, eAccess access) {
 
 sResult toResult(const bip::interprocess_exception& error) {
     if (error.get_error_code() == bip::timeout_when_locking_error) {
-        return {eOutcome::LOCKED, "another process keeps the lock of " + segmentName() +
-                                      ": it has died with it, or stands still"};
+        return {eOutcome::LOCKED,
+                "another process keeps the lock of " + segmentName() + " and stands still"};
     }
     return {eOutcome::DAMAGED, segmentName() + " is damaged: " + error.what()};
 }
 
 sResult full(const std::string& name) {
-    return {eOutcome::FULL, segmentName() + " is full; " + name + " may hold a part of the values"};
+    return {eOutcome::FULL, segmentName() + " is full; " + name + " is as it was"};
 }
 
 }  // namespace
@@ -206,8 +206,7 @@ sResult CPeerSegment::read(const sKey& key, std::vector<Value>& values) const {
 template <typename Value>
 sResult CPeerSegment::write(const sKey& key, const std::vector<Value>& values) {
     return accessVector<Value>(key, [&](Segment& segment, const char* name) {
-        auto* manager = segment.get_segment_manager();
-        return CVectorAccess<Value>::assign(segment, name, values, manager, manager);
+        return CVectorAccess<Value>::assign(segment, name, values);
     });
 }
 
@@ -226,8 +225,7 @@ sResult CPeerSegment::update(const sKey& key,
         return !isSame(before, values);
     };
     const sResult result = accessVector<Value>(key, [&](Segment& segment, const char* name) {
-        auto* manager = segment.get_segment_manager();
-        return CVectorAccess<Value>::update(segment, name, changeValues, manager, manager);
+        return CVectorAccess<Value>::update(segment, name, changeValues);
     });
     if (thrown != nullptr) std::rethrow_exception(thrown);
     return result;

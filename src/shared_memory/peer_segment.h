@@ -16,12 +16,14 @@
 namespace core_utils {
 
 // An attachment of this process to the segment CONF_AUTO_SAVE_MEM. It owns the mapping, not the
-// segment: the objects outlive it and this process. Nothing here prints.
+// segment: the objects outlive it and this process. Nothing here prints, except
+// for the line on standard error that tells what a dead process has damaged.
 //
 // Whole vectors: each access of an object runs under the segment's own process-shared lock, as
 // those of the daemon do, so none of them sees another's change half done. A process that writes
-// without this library and without that lock may be seen half-way; so may a write that ended with
-// FULL or DAMAGED. An access blocks while others hold the lock, for at most 1 s: LOCKED then.
+// without this library and without that lock may be seen half-way. A write brings all values in or,
+// when it fails or this process dies in it, none. An access blocks while others hold the lock, for
+// at most 1 s: LOCKED then. The lock of a process that has died is taken over.
 //
 // Threads: several may read, write and wait on one instance at once. Attaching, moving and
 // destroying it need it for themselves.
@@ -46,9 +48,10 @@ class CPeerSegment {
         TYPE_MISMATCH,   // the directory says that the object's elements are of another type
         NO_OBJECT,       // nobody has written the object yet
         NO_VECTOR,       // what stands under the name cannot be a vector of this type
-        FULL,            // no room in the segment; the object may hold a part of the values
-        LOCKED,          // another process keeps the lock: it has died with it, or stands still
-        DAMAGED,         // the segment's bookkeeping is; the object may hold a part of the values
+        FULL,            // no room in the segment; the object is as it was
+        LOCKED,          // another process keeps the lock and stands still
+        DAMAGED,         // a process without this library has died in a change; the reason says
+                         // what to do, and the object is as it was
         TIME_OUT,        // no change within the limit
         NO_ELEMENT,      // the object has no element at the index
     };

@@ -4,6 +4,7 @@
 
 #include <cstdio>
 #include <memory>
+#include <stdexcept>
 #include <utility>
 
 #include "shared_memory/object_directory.h"
@@ -36,7 +37,22 @@ struct sTexts<std::string> {
     static constexpr char NO_OBJECT[] = "BOOST VCTR STR IS EMPTY ";
 };
 
-// Runs a change of the segment; a full one, or a peer that died with its lock, ends here.
+// For a handler of exceptions. A damaged segment is told once a process: its users retry for ever.
+void tellDamage() {
+    static std::once_flag told;
+    try {
+        throw;
+    } catch (const std::length_error&) {  // more elements than any segment has room for
+    } catch (const std::logic_error& error) {
+        std::call_once(told, [&] {
+            std::fprintf(stderr, "shared memory [%s]: %s\n", SEGMENT_NAME, error.what());
+        });
+    } catch (...) {
+    }
+}
+
+// Runs an access of the segment; a full one, a damaged one, or one that somebody keeps locked, ends
+// here.
 template <typename Change>
 bool change(const Segment* segment, Change make) {
     if (segment == nullptr) return false;
@@ -47,6 +63,7 @@ bool change(const Segment* segment, Change make) {
         std::fflush(stdout);
     } catch (...) {
         std::puts("exception catch ");
+        tellDamage();
     }
     return false;
 }
@@ -92,19 +109,6 @@ bool CSharedMemory::open(const std::string& name, bool removeFirst) {
     }
 }
 
-template <>
-const SegmentAllocator<double>& CSharedMemory::allocatorOf() {
-    return *mpShMemDblAllocator;
-}
-template <>
-const SegmentAllocator<unsigned char>& CSharedMemory::allocatorOf() {
-    return *mpShmemBytelAllocator;
-}
-template <>
-const SegmentAllocator<SegmentString>& CSharedMemory::allocatorOf() {
-    return *mpShmemStrAllocator;
-}
-
 template <typename Value>
 std::vector<Value> CSharedMemory::getVector(int id) {
     const std::lock_guard<std::mutex> lock(mMutex);
@@ -133,14 +137,14 @@ bool CSharedMemory::readVector(const std::string& name, std::vector<Value>& out)
 template <typename Value>
 void CSharedMemory::printReadFailure() {
     std::puts(sTexts<Value>::READ_FAILED);
+    tellDamage();
 }
 
 template <typename Value>
 bool CSharedMemory::writeVector(const std::string& name, const std::vector<Value>& values) {
     return change(mpSharedMemory, [&] {
-        const bool written = CVectorAccess<Value>::assign(*mpSharedMemory, name, values,
-                                                          allocatorOf<ElementOf<Value>>(),
-                                                          *mpShmemCharAllocator) == eAccess::DONE;
+        const bool written =
+            CVectorAccess<Value>::assign(*mpSharedMemory, name, values) == eAccess::DONE;
         if (!written) std::puts(sTexts<Value>::NO_OBJECT);
         return written;
     });
@@ -162,37 +166,43 @@ template void CSharedMemory::printReadFailure<double>();
 template void CSharedMemory::printReadFailure<unsigned char>();
 template void CSharedMemory::printReadFailure<std::string>();
 
+template <typename Object, typename MakeInitial>
+bool CSharedMemory::create(const char* suffix, MakeInitial makeInitial) {
+    return changeAlone(mpSharedMemory, [&] {
+        return changeStructure(*mpSharedMemory, [&](const CPrivateCopy& copy) {
+            SegmentManager* manager = copy.area().manager;
+            const std::string name = mstrSharedMemName + suffix;
+            return manager->construct<Object>(name.c_str(), std::nothrow)(makeInitial(manager)) !=
+                   nullptr;
+        });
+    });
+}
+
 bool CSharedMemory::readIntVal(unsigned int& out) {
     return changeAlone(mpSharedMemory, [&] {
-        const auto* value =
-            findObject(*mpSharedMemory, mstrSharedMemName + INT_VAL_SUFFIX).as<unsigned int>();
+        const sArea area = mpSharedMemory->area();
+        const auto* value = findObject(area, mstrSharedMemName + INT_VAL_SUFFIX).as<unsigned int>();
         if (value != nullptr) out = *value;
         return value != nullptr;
     });
 }
 
 bool CSharedMemory::createIntVal(unsigned int initial) {
-    return changeAlone(mpSharedMemory, [&] {
-        const std::string name = mstrSharedMemName + INT_VAL_SUFFIX;
-        return mpSharedMemory->construct<unsigned int>(name.c_str(), std::nothrow)(initial) !=
-               nullptr;
-    });
+    return create<unsigned int>(INT_VAL_SUFFIX, [&](SegmentManager*) { return initial; });
 }
 
 bool CSharedMemory::readStrVal(std::string& out) {
     return changeAlone(mpSharedMemory, [&] {
-        const auto* text =
-            findObject(*mpSharedMemory, mstrSharedMemName + STR_VAL_SUFFIX).as<SegmentString>();
+        const sArea area = mpSharedMemory->area();
+        const auto* text = findObject(area, mstrSharedMemName + STR_VAL_SUFFIX).as<SegmentString>();
         return text != nullptr &&
-               visitElement(*mpSharedMemory, *text, [&](std::string_view view) { out = view; });
+               visitElement(area, *text, [&](std::string_view view) { out = view; });
     });
 }
 
 bool CSharedMemory::createStrVal(const std::string& initial) {
-    return changeAlone(mpSharedMemory, [&] {
-        const std::string name = mstrSharedMemName + STR_VAL_SUFFIX;
-        return mpSharedMemory->construct<SegmentString>(name.c_str(), std::nothrow)(
-                   initial.c_str(), *mpShmemCharAllocator) != nullptr;
+    return create<SegmentString>(STR_VAL_SUFFIX, [&](SegmentManager* manager) {
+        return SegmentString(initial.c_str(), SegmentAllocator<char>(manager));
     });
 }
 

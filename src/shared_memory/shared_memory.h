@@ -19,7 +19,7 @@ namespace core_utils {
 // under the segment's own process-shared lock, so whoever takes that lock sees whole vectors. A
 // peer that does not may still be half-way through a change; what cannot be a vector inside the
 // segment is treated as not there. An access blocks for as long as others hold the lock, at most
-// 1 s: then its holder is dead, and the access fails.
+// 1 s, and fails then. The lock of a process that has died is taken over.
 //
 // Accessors print and return failure, they do not throw, except std::system_error for a mutex
 // that cannot be locked. `Value` is double, unsigned char or std::string.
@@ -48,7 +48,7 @@ class CSharedMemory {
 
     // The same by object name. Reading never creates: false and `out` untouched if there is no
     // such object; an object without elements is true, `out` untouched. Writing leaves exactly
-    // `values` in the object; false may leave it resized but only partly assigned.
+    // `values` in the object, or on failure all that it held.
     template <typename Value>
     static bool readVector(const std::string& name, std::vector<Value>& out);
     template <typename Value>
@@ -102,12 +102,12 @@ class CSharedMemory {
     static SegmentAllocator<char>* mpShmemCharAllocator;
 
   private:
-    template <typename Element>
-    static const SegmentAllocator<Element>& allocatorOf();
     template <typename Value, typename Visit>
     static bool visitObject(const std::string& name, Visit visit);
     template <typename Value>
     static void printReadFailure();
+    template <typename Object, typename MakeInitial>
+    static bool create(const char* suffix, MakeInitial makeInitial);
 
     std::map<int, std::string> mMapObjects;
     std::mutex mMutex;

@@ -1,5 +1,5 @@
 // The segment and the whole vectors in it: the one mechanism beneath CSharedMemory and
-// CPeerSegment. Nothing here prints. Failures of the segment itself are exceptions: those of
+// CPeerSegment. Failures of the segment itself are exceptions: those of
 // Boost.Interprocess (bad_alloc for a full one, timeout_when_locking_error for a lock that was not
 // let go within 1 s) and std::logic_error (std::length_error for more elements than any segment has
 // room for).
@@ -16,7 +16,8 @@
 #include <string_view>
 #include <vector>
 
-#include "shared_memory/segment_lock.h"
+#include "shared_memory/object_directory.h"
+#include "shared_memory/segment_change.h"
 
 namespace core_utils {
 
@@ -63,10 +64,6 @@ struct sRawObject {
     }
 };
 
-// True if all `bytes` from `first` on lie inside the segment. Peers may leave anything in an
-// object; a pointer is followed only after this.
-bool isInside(const Segment& segment, const void* first, std::size_t bytes);
-
 // Where a vector's elements or a text's characters lie, taken once: peers may change the object
 // between a check and its use.
 template <typename T>
@@ -82,51 +79,55 @@ sElements<typename Object::value_type> elementsOf(const Object& object) {
 }
 
 template <typename T>
-bool isSound(const Segment& segment, const sElements<T>& elements) {
+bool isSound(const sArea& area, const sElements<T>& elements) {
     if (elements.capacity == 0) return elements.size == 0 && elements.first == nullptr;
-    return elements.size <= elements.capacity &&
-           elements.capacity <= segment.get_size() / sizeof(T) &&
-           isInside(segment, elements.first, elements.capacity * sizeof(T));
+    return elements.size <= elements.capacity && elements.capacity <= area.size / sizeof(T) &&
+           area.contains(elements.first, elements.capacity * sizeof(T));
 }
 
 // Calls `visit` with an element where it lies: a number, or the std::string_view of a text. False,
 // and no call, for a text that leaves the segment.
 template <typename Visit>
-bool visitElement(const Segment& segment, const SegmentString& text, Visit visit) {
+bool visitElement(const sArea& area, const SegmentString& text, Visit visit) {
     const auto characters = elementsOf(text);
-    if (!isSound(segment, characters)) return false;
+    if (!isSound(area, characters)) return false;
     visit(std::string_view(characters.first, characters.size));
     return true;
 }
 template <typename T, typename Visit>
-bool visitElement(const Segment&, const T& number, Visit visit) {
+bool visitElement(const sArea&, const T& number, Visit visit) {
     visit(number);
     return true;
 }
 
 // This and visitElements() only under the segment's lock.
-sRawObject findObject(Segment& segment, const std::string& name);
+sRawObject findObject(const sArea& area, const std::string& name);
+
+// True if the object stands in the copy with a vector's size, but is none any more: it is made one
+// without elements. What memory it had stays taken.
+bool emptyIfBroken(CPrivateCopy& copy, const sSharedObject& object);
 
 // NO_VECTOR: what stands under the name cannot be a vector of such elements inside the segment.
 enum class eAccess { DONE, NO_OBJECT, NO_VECTOR };
 
 template <typename Value, typename Visit>
-eAccess visitElements(Segment& segment, const std::string& name, Visit visit) {
-    const sRawObject object = findObject(segment, name);
+eAccess visitElements(const sArea& area, const std::string& name, Visit visit) {
+    const sRawObject object = findObject(area, name);
     if (object.address == nullptr) return eAccess::NO_OBJECT;
     const auto* vector = object.as<SegmentVector<ElementOf<Value>>>();
     if (vector == nullptr) return eAccess::NO_VECTOR;
     const auto elements = elementsOf(*vector);
-    if (!isSound(segment, elements)) return eAccess::NO_VECTOR;
+    if (!isSound(area, elements)) return eAccess::NO_VECTOR;
     for (std::size_t i = 0; i < elements.size; ++i) {
-        const bool visited = visitElement(segment, elements.first[i],
-                                          [&](const auto& element) { visit(i, element); });
+        const bool visited =
+            visitElement(area, elements.first[i], [&](const auto& element) { visit(i, element); });
         if (!visited) return eAccess::NO_VECTOR;
     }
     return eAccess::DONE;
 }
 
-// Whole vectors of a `Value` by the object's name. Each operation runs alone.
+// Whole vectors of a `Value` by the object's name. Each operation runs alone, and changes all or,
+// if it throws or this process dies in it, nothing.
 template <typename Value>
 struct CVectorAccess {
     using Element = ElementOf<Value>;
@@ -136,25 +137,21 @@ struct CVectorAccess {
     // it may have been called for some elements, so that what it has gathered does not count.
     template <typename Visit>
     static eAccess visit(Segment& segment, const std::string& name, Visit visit) {
-        return withSegmentLock(segment, [&] { return visitElements<Value>(segment, name, visit); });
+        return withSegmentLock(segment,
+                               [&] { return visitElements<Value>(segment.area(), name, visit); });
     }
 
     // `out` changes only with DONE, and then holds exactly what the object does.
     static eAccess copy(Segment& segment, const std::string& name, std::vector<Value>& out);
 
-    // Creates the object if there is none, and leaves exactly `values` in it. After an exception it
-    // may be left resized but only partly assigned.
+    // Creates the object if there is none, and leaves exactly `values` in it.
     static eAccess assign(Segment& segment, const std::string& name,
-                          const std::vector<Value>& values,
-                          const SegmentAllocator<Element>& elements,
-                          const SegmentAllocator<char>& characters);
+                          const std::vector<Value>& values);
 
     // copy and assign as one access: `change` gets the object's values, none if there is no object,
     // and what it makes of them is assigned if it returns true. It runs under the lock.
     static eAccess update(Segment& segment, const std::string& name,
-                          const std::function<bool(std::vector<Value>&)>& change,
-                          const SegmentAllocator<Element>& elements,
-                          const SegmentAllocator<char>& characters);
+                          const std::function<bool(std::vector<Value>&)>& change);
 
     // Removes the object whatever it is. Of one that is no vector, memory that it had taken for
     // itself stays taken.

@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <filesystem>
 
+#include "shared_memory/segment_creation.h"
 #include "support/files.h"
 #include "support/peer.h"
 
@@ -82,7 +83,7 @@ TEST(SegmentCreation, LeavesAWholeSegmentOrNoneWhereverItFailsOrDies) {
 }
 
 TEST(SegmentCreation, MakesWhatAPeerWithoutTheLibraryWouldMake) {
-    CPeerMemory memory;
+    core_utils::createSegment("/CONF_AUTO_SAVE_MEM", 0x140000);
     core_utils::Segment(boost::interprocess::create_only, "PEER", 0x140000);
     EXPECT_TRUE(readFile(SEGMENT_FILE) == readFile("/dev/shm/PEER"));
 }

@@ -201,10 +201,10 @@ TEST(Shmconf, ShowsAnyContents) {
         "shmconf: FUSE_DATA_MEM was not written: FUSE_DATA_MEM is no vector of type double\n"
         "status 1",
         shell("shmconf set fuse 1"));
-    peer.setDoubleVector(1, Doubles(160000));
+    peer.setDoubleVector(1, Doubles(150000));
     EXPECT_EQ(
-        "shmconf: WLAN_PASS_MEM was not written: CONF_AUTO_SAVE_MEM is full; WLAN_PASS_MEM may "
-        "hold a part of the values\nstatus 1",
+        "shmconf: WLAN_PASS_MEM was not written: CONF_AUTO_SAVE_MEM is full; WLAN_PASS_MEM is "
+        "as it was\nstatus 1",
         shell("shmconf set wlan_pass x $(printf %0100000d 0)"));
 }
 
