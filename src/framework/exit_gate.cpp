@@ -17,7 +17,7 @@ bool CExitGate::close(std::chrono::milliseconds limit) {
 }
 
 void CExitGate::park() {
-    mState.fetch_sub(1);
+    leave();
     while (true)
         pause();
 }

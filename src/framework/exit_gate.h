@@ -15,12 +15,16 @@ class CExitGate {
     // Behind a closed gate construction does not return.
     class CWork {
       public:
-        CWork() {
-            if ((mState.fetch_add(1) & CLOSED) != 0) park();
-        }
+        CWork() { enter(); }
         CWork(const CWork&) = delete;
         CWork& operator=(const CWork&) = delete;
-        ~CWork() { mState.fetch_sub(1); }
+        ~CWork() { leave(); }
+
+        // While nothing is half done yet: out and in again, so that the end need not wait.
+        void renew() {
+            leave();
+            enter();
+        }
     };
 
     // Lets nobody in any more, then waits for those who are inside: true once all are out, false
@@ -30,6 +34,10 @@ class CExitGate {
   private:
     static constexpr unsigned CLOSED = 0x80000000U;  // beside it, how many are inside
 
+    static void enter() {
+        if ((mState.fetch_add(1) & CLOSED) != 0) park();
+    }
+    static void leave() { mState.fetch_sub(1); }
     [[noreturn]] static void park();
 
     static inline std::atomic<unsigned> mState{0};

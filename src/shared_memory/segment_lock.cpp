@@ -43,8 +43,9 @@ bool waitFor(pthread_mutex_t& mutex, nanoseconds time) {
     return isLocked(pthread_mutex_timedlock(&mutex, &until));
 }
 
-// False if the mutex has been claimed of a dead holder instead of locked.
-bool waitOrClaim(pthread_mutex_t& mutex, ino_t segment) {
+// False if the mutex has been claimed of a dead holder instead of locked. `work` is what can still
+// be given up, or null.
+bool waitOrClaim(pthread_mutex_t& mutex, ino_t segment, CExitGate::CWork* work) {
     const auto begin = steady_clock::now();
     auto nameless = begin;
     for (auto look = milliseconds(FIRST_LOOK);;
@@ -60,6 +61,7 @@ bool waitOrClaim(pthread_mutex_t& mutex, ino_t segment) {
         if (now - begin >= PATIENCE) {
             throw bip::interprocess_exception(bip::timeout_when_locking_error);
         }
+        if (work != nullptr) work->renew();
     }
 }
 
@@ -68,7 +70,7 @@ bool waitOrClaim(pthread_mutex_t& mutex, ino_t segment) {
 CSegmentLock::CSegmentLock(Segment& segment) : mSegment(segment) {
     pthread_mutex_t& mutex = segment.lock();
     // A lock that already counts one was held by a dead thread with this one's number.
-    while (!(isLocked(pthread_mutex_trylock(&mutex)) || waitOrClaim(mutex, segment.id())) ||
+    while (!(isLocked(pthread_mutex_trylock(&mutex)) || waitOrClaim(mutex, segment.id(), &mWork)) ||
            Words::isNested(mutex)) {
         try {
             mRepaired += recover(segment);
@@ -97,7 +99,8 @@ CSegmentLock::~CSegmentLock() {
 
 CHeapLock::CHeapLock(Segment& segment) : mSegment(segment) {
     pthread_mutex_t& mutex = segment.heapLock();
-    mIsTakenOver = !isLocked(pthread_mutex_trylock(&mutex)) && !waitOrClaim(mutex, segment.id());
+    mIsTakenOver =
+        !isLocked(pthread_mutex_trylock(&mutex)) && !waitOrClaim(mutex, segment.id(), nullptr);
     CSegmentJournal::markHeapInUse(segment, true);
 }
 

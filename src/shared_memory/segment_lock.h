@@ -29,6 +29,7 @@ class CSegmentLock {
   private:
     void release();
 
+    CExitGate::CWork mWork;  // from before the lock is taken until it is let go
     Segment& mSegment;
     std::string mRepaired;
 };
@@ -53,7 +54,6 @@ void releaseHeapOfDead(Segment& segment);
 // reader of our output that stands still would stop every process that waits for the lock.
 template <typename Access>
 auto withSegmentLock(Segment& segment, Access access) {
-    const CExitGate::CWork work;  // from before the lock is taken until it is let go
     const CSegmentLock lock(segment);
     return access();
 }

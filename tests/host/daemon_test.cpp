@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <filesystem>
 #include <map>
 
@@ -247,7 +248,8 @@ TEST(DaemonWithAllHandlers, KeepsItsFilesOverAKillAndLeavesThoseOfTheFactoryAlon
 // A debugger may stop a peer anywhere, and the daemon waits for the lock that it holds.
 TEST(Daemon, EndsByTheSignalThatAsksForItAlsoWhileAStoppedPeerHoldsTheLock) {
     writeFile(PATH, FILE_HEAD + "UNKNOWN\n");
-    for (const int signal : {SIGTERM, SIGINT}) {
+    steady_clock::duration fastest = steady_clock::duration::max();
+    for (const int signal : {SIGTERM, SIGINT, SIGTERM}) {
         CPeer holder([](CPeerMemory& memory) {
             auto stop = [] { raise(SIGSTOP); };
             memory.mpSharedMemory->atomic_func(stop);
@@ -262,10 +264,11 @@ TEST(Daemon, EndsByTheSignalThatAsksForItAlsoWhileAStoppedPeerHoldsTheLock) {
         const auto begin = steady_clock::now();
         daemon.kill(signal);
         EXPECT_EQ(-signal, daemon.wait());
-        EXPECT_LT(steady_clock::now() - begin, milliseconds(600));
+        fastest = std::min(fastest, steady_clock::now() - begin);
         kill(holder.pid(), SIGCONT);
         EXPECT_EQ(0, holder.wait());
     }
+    EXPECT_LT(fastest, milliseconds(150)) << "waited for the lock";
 }
 
 // Both attach at the same moment, to no segment, and use the same text from then on.

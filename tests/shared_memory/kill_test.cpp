@@ -124,6 +124,10 @@ constexpr sKind KINDS[] = {{"Writer", write, true, false, 4000},
                            {"Daemon", beDaemon, true, false, 60000},
                            {"FirstStart", write, true, true, 2000}};
 
+void PrintTo(const sKind& kind, std::ostream* stream) {
+    *stream << kind.name;
+}
+
 pid_t start(void (*run)()) {
     std::fflush(stdout);  // or the child writes it too
     const pid_t process = fork();
