@@ -1,4 +1,4 @@
-// Holds back the end of the process until nothing is half done.
+// Lets the process end between two pieces of work, not within one.
 #ifndef FRAMEWORK_EXIT_GATE_H
 #define FRAMEWORK_EXIT_GATE_H
 
@@ -7,12 +7,13 @@
 
 namespace core_utils {
 
-// One gate a process, for work that must not be cut in two: a change of a file, an access of the
-// shared segment. Nobody has to close it; passing it costs two atomic operations.
+// The one gate of the process, for work that must not be interrupted: a change of a file or an
+// access of the shared segment. While nobody closes it, a piece of work costs two atomic
+// operations.
 class CExitGate {
   public:
-    // Such work, for as long as it lasts. On any thread, and never within another on the same one.
-    // Behind a closed gate construction does not return.
+    // A piece of work, which lasts as long as the object. Any thread may create one, but not inside
+    // another one of the same thread. After close() the constructor never returns.
     class CWork {
       public:
         CWork() { enter(); }
@@ -27,12 +28,12 @@ class CExitGate {
         }
     };
 
-    // Lets nobody in any more, then waits for those who are inside: true once all are out, false
-    // after `limit`. The caller has to end the process.
+    // Lets no more work begin and waits for the work in progress. Returns true when all of it has
+    // ended, or false after `limit`. The caller must then end the process.
     static bool close(std::chrono::milliseconds limit);
 
   private:
-    static constexpr unsigned CLOSED = 0x80000000U;  // beside it, how many are inside
+    static constexpr unsigned CLOSED = 0x80000000U;
 
     static void enter() {
         if ((mState.fetch_add(1) & CLOSED) != 0) park();
@@ -40,6 +41,7 @@ class CExitGate {
     static void leave() { mState.fetch_sub(1); }
     [[noreturn]] static void park();
 
+    // CLOSED, plus the number of CWork objects.
     static inline std::atomic<unsigned> mState{0};
 };
 
