@@ -38,6 +38,9 @@ TEST(AutoSaveProcessor, FreshFileSeedsTheDefaultsOfTheVariant) {
         EXPECT_EQ(row.current, numbersIn(1));
         EXPECT_EQ(row.channels, bytesIn(7));
     }
+    CProcessor known(1);
+    EXPECT_EQ(1, known.LoadDefaults());
+    EXPECT_EQ("1", load(known)) << "it has closed the file";
     writeFile(PATH, FRESH);
     CProcessor unknown(0);
     EXPECT_EQ("parse defult val \n0", load(unknown));
