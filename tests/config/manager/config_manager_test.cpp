@@ -1,6 +1,7 @@
 #include <future>
 #include <thread>
 
+#include "config/manager/device_identity.h"
 #include "config/manager/hxl_config_handler.h"
 #include "support/processor_test.h"
 
@@ -45,6 +46,22 @@ TEST(ConfigManager, IdentityAndDeviceStringFollowFromOneAnother) {
         EXPECT_EQ(row.read, identityOf(reader)) << row.text;
         EXPECT_EQ(Identity(1, 1), identityOf(first)) << "kept once it is known";
     }
+}
+
+TEST(ConfigManager, TextsSettleLongerIfTheyArePrefixesOfKnownOnes) {
+    EXPECT_EQ(0, settlingTimeMs(""));
+    EXPECT_EQ(0, settlingTimeMs("UNKNOWN"));
+    EXPECT_EQ(0, settlingTimeMs("35_VOLTS_DEV_1CH"));
+    EXPECT_EQ(1000, settlingTimeMs("35_VOLTS_DEV_1C"));
+    EXPECT_EQ(100, settlingTimeMs("35_VOLTS_DEV_1CHx"));
+}
+
+TEST(ConfigManager, DualChannelIsTheCountOfTwo) {
+    auto& facade = *CSingletonHxlConfigHandler::getInstance();
+    facade.setDevTypeInfo(1, 1, false);
+    EXPECT_FALSE(facade.isDualChannel());
+    facade.setDevTypeInfo(1, 2, false);
+    EXPECT_TRUE(facade.isDualChannel());
 }
 
 // A peer that takes no lock is stopped in the middle of its write: new characters, old length.

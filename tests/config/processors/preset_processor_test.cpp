@@ -66,7 +66,7 @@ TEST(PresetProcessor, MissingKeysAreReportedAndZeroAndFurtherTokensIgnored) {
 }
 
 TEST(PresetProcessor, DefaultsReplaceEveryPresetUnlessTheTypeIsUnknown) {
-    CProcessor unknown(0), known(3);
+    CProcessor unknown(0), first(1), known(3);
     EXPECT_EQ("!!!!!!!!!!! Failed to open Configuration Preset File \n0", load(unknown));
     writeFile(PATH, replaced(SECTION, "100_", "35_"));
     load(unknown);
@@ -74,6 +74,9 @@ TEST(PresetProcessor, DefaultsReplaceEveryPresetUnlessTheTypeIsUnknown) {
     unknown.LoadDefaults();
     EXPECT_EQ(LOADED, textOf(unknown.GetConfData(44)));
     EXPECT_EQ(LOADED, presetIn(3)) << "published as they are";
+
+    first.LoadDefaults();
+    EXPECT_EQ(0U, presetIn(3).find("6.000000,6.000000,6.050000,"));
 
     load(known);
     known.LoadDefaults();

@@ -1,6 +1,8 @@
 #include "config/processors/dev_type_processor.h"
 #include "config/processors/dev_var_system_processor.h"
 #include "config/processors/system_processor.h"
+#include "config/records/chn_fw_version_data.h"
+#include "config/records/current_sharing_data.h"
 #include "config/records/dev_type_info_data.h"
 #include "support/processor_test.h"
 
@@ -19,6 +21,10 @@ TEST(SystemProcessor, PublishesSharingAndVersionOrTheirDefaults) {
               load(processor));
     EXPECT_EQ("1.500000,0.000000,0.000000,-4.000000 VERSION", numbersIn(29) + ' ' + textsIn(30));
     EXPECT_EQ(nullptr, processor.GetSharedMemData(31));
+    const auto& sharing = dynamic_cast<CConfCurrentSharingData&>(*processor.GetConfData(29));
+    EXPECT_EQ(-4, sharing.GetNumbers()[3]);
+    EXPECT_EQ("VERSION",
+              dynamic_cast<CConfChnFwVersionData&>(*processor.GetConfData(30)).GetText());
 }
 
 // What is published for a missing key shows in the test of the shipped files.
