@@ -82,7 +82,7 @@ class CFileCheck {
 
     void run(core_utils::CFileConfig& config) {
         for (const sItem& item : mFile.items)
-            take(item, config);
+            check(item, config);
         for (const sItem& item : mFile.others) {
             if (mLines.lineOf(item) > 0) read(item, config);
         }
@@ -94,25 +94,25 @@ class CFileCheck {
         mReport.findings.push_back({std::max(line, 1), reason});
     }
 
-    sUse read(const sItem& item, core_utils::CFileConfig& config) {
-        sUse use = readItem(config, item);
-        for (const std::string& fault : use.faults)
+    sReading read(const sItem& item, core_utils::CFileConfig& config) {
+        sReading reading = readItem(config, item);
+        for (const std::string& fault : reading.faults)
             report(mLines.lineOf(item), fault);
-        return use;
+        return reading;
     }
 
-    void take(const sItem& item, core_utils::CFileConfig& config) {
+    void check(const sItem& item, core_utils::CFileConfig& config) {
         const int line = mLines.lineOf(item);
         const bool isItem = isAutoSaveItem(item);
-        if (isItem && !mbSaved) return takeSeeded(item, line);
+        if (isItem && !mbSaved) return checkUnloadedItem(item, line);
         const bool wasEnded = mEndLine > 0;
-        const sUse use = line == 0 ? sUse() : read(item, config);
-        if (use.endsLoad && !wasEnded) endLoad(item, line);
-        if (item.kind == eKind::STATE) takeState(use, line);
+        const sReading reading = line == 0 ? sReading() : read(item, config);
+        if (reading.endsLoad && !wasEnded) endLoad(item, line);
+        if (item.kind == eKind::STATE) checkState(reading, line);
         if (mEndLine > 0 && item.step >= mEndStep) {
             add(item, {}, eSource::NOTHING, endNote());
-        } else if (use.readable) {
-            add(item, use.value, eSource::FILE, use.note);
+        } else if (reading.readable) {
+            add(item, reading.value, eSource::FILE, reading.note);
         } else {
             const std::string fallback = isItem ? std::string() : item.fallback;
             add(item, fallback, fallback.empty() ? eSource::NOTHING : eSource::DEFAULT,
@@ -135,16 +135,16 @@ class CFileCheck {
 
     std::string endNote() const { return "line " + std::to_string(mEndLine) + " ends the load"; }
 
-    void takeState(const sUse& use, int line) {
-        mbSaved = use.readable && !use.fresh;
-        mbFresh = use.fresh;
-        if (!use.readable) {
+    void checkState(const sReading& reading, int line) {
+        mbSaved = reading.readable && !reading.fresh;
+        mbFresh = reading.fresh;
+        if (!reading.readable) {
             report(line, "without a STATE that can be read, nothing of this file is loaded");
         }
     }
 
     // An item of a file that holds no saved values.
-    void takeSeeded(const sItem& item, int line) {
+    void checkUnloadedItem(const sItem& item, int line) {
         const bool seeded = mbFresh && !item.fallback.empty();
         const char* effect = seeded    ? "STATE is 0: the factory default takes its place"
                              : mbFresh ? "STATE is 0: it is not loaded"

@@ -20,7 +20,7 @@ enum class eKind {
     INTEGER,
     FLOAT,
     DOUBLE,
-    FACTOR,  // a double that is no part of a load
+    FACTOR,  // a double that no load reads
 };
 
 struct sItem {
@@ -28,7 +28,7 @@ struct sItem {
     std::string key;
     eKind kind;
     std::string fallback;  // what it is when it cannot be read; empty for nothing
-    // Of its file's load: text that is no number can end the load in its step, of which nothing is
+    // Of its file's load: non-numeric text can abort the load in its step, of which nothing is
     // published then, nor of later ones.
     int step;
     std::string unit = {};

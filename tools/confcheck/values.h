@@ -10,17 +10,17 @@
 
 namespace confcheck {
 
-struct sUse {
+struct sReading {
     std::string value;
     std::string note;
     bool readable = false;
-    bool endsLoad = false;  // text that is no number, which is thrown out of the load
+    bool endsLoad = false;  // non-numeric text aborts the load
     bool fresh = false;     // of a STATE: the file holds no saved values
     std::vector<std::string> faults;
 };
 
 // Reads `item` from the open `file`, which has its key.
-sUse readItem(core_utils::CFileConfig& file, const sItem& item);
+sReading readItem(core_utils::CFileConfig& file, const sItem& item);
 
 }  // namespace confcheck
 
