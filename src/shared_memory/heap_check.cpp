@@ -30,9 +30,7 @@ struct sBlockSizes {
     Size isAllocated : 1;
 };
 
-struct sBlockHeader : sBlockSizes, Hook {
-    friend bool operator<(const sBlockHeader& a, const sBlockHeader& b) { return a.size < b.size; }
-};
+struct sBlockHeader : sBlockSizes, Hook {};
 
 struct sHeap : boost::interprocess::interprocess_mutex {
     bi::make_multiset<sBlockHeader, bi::base_hook<Hook>>::type freeBlocks;

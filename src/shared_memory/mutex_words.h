@@ -11,7 +11,6 @@
 #ifndef SHARED_MEMORY_MUTEX_WORDS_H
 #define SHARED_MEMORY_MUTEX_WORDS_H
 
-#include <linux/futex.h>
 #include <sys/syscall.h>
 #include <sys/types.h>
 #include <unistd.h>
@@ -43,13 +42,14 @@ bool change(Word& word, int from, int to) {
 }
 
 inline void releaseWord(int* word) {
+    constexpr int WAKE = 1;  // FUTEX_WAKE of a kernel's header that a small C library comes without
     __atomic_exchange_n(word, 0, __ATOMIC_SEQ_CST);
-    syscall(SYS_futex, word, FUTEX_WAKE, 1, nullptr, nullptr, 0);
+    syscall(SYS_futex, word, WAKE, 1, nullptr, nullptr, 0);
 }
 
 // glibc. An overload chooses, as musl defines no macro to tell it by.
 template <typename Mutex>
-struct sMutexWords<Mutex, std::void_t<decltype(Mutex::__data)>> {
+struct sMutexWords<Mutex, std::enable_if_t<sizeof(Mutex::__data) != 0>> {
     static constexpr bool ARE_KNOWN = true;
 
     static sMutexHolder holderOf(const Mutex& mutex) {
@@ -81,7 +81,7 @@ struct sMutexWords<Mutex, std::void_t<decltype(Mutex::__data)>> {
 
 // musl.
 template <typename Mutex>
-struct sMutexWords<Mutex, std::void_t<decltype(Mutex::__u.__vi)>> {
+struct sMutexWords<Mutex, std::enable_if_t<sizeof(Mutex::__u.__vi) != 0>> {
     static constexpr bool ARE_KNOWN = true;
     static constexpr int TYPE = 0, WORD = 1, COUNT = 5;
     static constexpr int TYPE_MASK = 15;
