@@ -219,13 +219,18 @@ CBlocks::CBlocks(const sArea& area) {
             HEAP);
 }
 
-bool CBlocks::isAllocated(std::uint32_t memory, std::size_t bytes) const {
+std::uint32_t CBlocks::endOf(std::uint32_t memory) const {
     const auto block =
         std::lower_bound(mBlocks.begin(), mBlocks.end(), memory,
                          [](const sBlock& a, std::uint32_t b) { return a.memory < b; });
-    // A block's memory reaches over the first word of the next one.
-    return block != mBlocks.end() && block->memory == memory && block->isAllocated &&
-           bytes <= block->end - memory + sizeof(Size);
+    const bool isAllocated =
+        block != mBlocks.end() && block->memory == memory && block->isAllocated;
+    return isAllocated ? block->memoryEnd() : 0;
+}
+
+bool CBlocks::isAllocated(std::uint32_t memory, std::size_t bytes) const {
+    const std::uint32_t end = endOf(memory);
+    return end != 0 && bytes <= end - memory;
 }
 
 std::size_t sizeOfBlockHeader(bool isAllocated) {

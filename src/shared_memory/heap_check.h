@@ -17,6 +17,9 @@ struct sBlock {
     std::uint32_t end;
     std::uint32_t memory;  // what allocate() returned, if it is allocated
     bool isAllocated;
+
+    // An allocated block's memory reaches over the first word of the next one's bookkeeping.
+    std::uint32_t memoryEnd() const { return end + sizeof(SegmentManager::size_type); }
 };
 
 // In the order of their offsets. Finding one by its memory takes a binary search.
@@ -26,6 +29,9 @@ class CBlocks {
     explicit CBlocks(const sArea& area);
 
     const std::vector<sBlock>& all() const { return mBlocks; }
+
+    // Where the memory that begins at `memory` ends; 0 if none does that has been allocated.
+    std::uint32_t endOf(std::uint32_t memory) const;
 
     // True if the memory that begins at `memory` has been allocated, with `bytes` bytes at least.
     bool isAllocated(std::uint32_t memory, std::size_t bytes) const;

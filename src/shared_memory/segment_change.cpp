@@ -2,6 +2,7 @@
 
 #include <sys/mman.h>
 
+#include <algorithm>
 #include <boost/interprocess/sync/interprocess_mutex.hpp>
 #include <cstring>
 #include <new>
@@ -27,6 +28,7 @@ CPrivateCopy::CPrivateCopy(const Segment& segment) : mSegment(segment), mArea(se
     try {
         mBlocks.emplace(mArea);
         checkIndex(mArea, &*mBlocks);
+        keepObjects();
     } catch (...) {
         munmap(mArea.base, mArea.size);
         throw;
@@ -38,36 +40,69 @@ CPrivateCopy::~CPrivateCopy() {
     munmap(mArea.base, mArea.size);
 }
 
-std::vector<sPatch> CPrivateCopy::differences() const {
-    const std::uint32_t manager = mArea.offsetOf(mArea.manager);
-    const auto base =
-        static_cast<std::uint32_t>(manager + sizeof(SegmentManager::segment_manager_base_type));
-    std::vector<sPatch> patches;
-    compare(static_cast<std::uint32_t>(manager + sizeof(HeapMutex)), base, patches);
-    compare(static_cast<std::uint32_t>(base + sizeof(pthread_mutex_t)),
-            static_cast<std::uint32_t>(manager + sizeof(SegmentManager)), patches);
-    const CBlocks blocks(mArea);
-    for (const sBlock& block : blocks.all()) {
-        const bool isWhole =
-            block.isAllocated && !CSegmentJournal::isIn(mSegment, block.begin, block.end);
-        const auto header =
-            static_cast<std::uint32_t>(block.begin + sizeOfBlockHeader(block.isAllocated));
-        compare(block.begin, isWhole ? block.end : header, patches);
+bool CPrivateCopy::isObjects(const sBlock& block) const {
+    return block.isAllocated && !CSegmentJournal::isIn(mSegment, block.begin, block.end);
+}
+
+void CPrivateCopy::keepObjects() {
+    for (const sBlock& block : mBlocks->all()) {
+        if (!isObjects(block)) continue;
+        mObjects.insert(mObjects.end(), mArea.base + block.memory, mArea.base + block.memoryEnd());
     }
-    const std::uint32_t end = heapEnd(mArea);
-    compare(end, static_cast<std::uint32_t>(end + sizeOfBlockHeader(true)), patches);
+}
+
+std::vector<sPatch> CPrivateCopy::differences() const {
+    std::vector<sPatch> patches;
+    compareObjects(patches);
+    compareHeap(patches);
     return patches;
 }
 
-void CPrivateCopy::compare(std::uint32_t begin, std::uint32_t end,
+void CPrivateCopy::compareObjects(std::vector<sPatch>& patches) const {
+    const unsigned char* before = mObjects.data();
+    for (const sBlock& block : mBlocks->all()) {
+        if (!isObjects(block)) continue;
+        compare(block.memory, block.memoryEnd(), before, patches);
+        before += block.memoryEnd() - block.memory;
+    }
+}
+
+// What the locks guard: the heap's own words, the index, and memory that has been allocated now.
+void CPrivateCopy::compareHeap(std::vector<sPatch>& patches) const {
+    const std::uint32_t manager = mArea.offsetOf(mArea.manager);
+    const std::size_t base = manager + sizeof(SegmentManager::segment_manager_base_type);
+    compareWithSegment(manager + sizeof(HeapMutex), base, patches);
+    compareWithSegment(base + sizeof(pthread_mutex_t), manager + sizeof(SegmentManager), patches);
+
+    const CBlocks blocks(mArea);
+    std::uint32_t header = 0;
+    for (const sBlock& block : blocks.all()) {
+        header = std::max(header, block.begin);
+        compareWithSegment(header, block.begin + sizeOfBlockHeader(block.isAllocated), patches);
+        if (isObjects(block)) {
+            compareWithSegment(std::max(block.memory, mBlocks->endOf(block.memory)),
+                               block.memoryEnd(), patches);
+        }
+        header = block.isAllocated ? block.memoryEnd() : block.end;
+    }
+    compareWithSegment(header, heapEnd(mArea) + sizeOfBlockHeader(true), patches);
+}
+
+void CPrivateCopy::compareWithSegment(std::size_t begin, std::size_t end,
+                                      std::vector<sPatch>& patches) const {
+    if (begin >= end) return;
+    compare(static_cast<std::uint32_t>(begin), static_cast<std::uint32_t>(end),
+            mSegment.area().base + begin, patches);
+}
+
+void CPrivateCopy::compare(std::uint32_t begin, std::uint32_t end, const unsigned char* before,
                            std::vector<sPatch>& patches) const {
     const unsigned char* now = mArea.base;
-    const unsigned char* before = mSegment.area().base;
-    if (std::memcmp(now + begin, before + begin, end - begin) == 0) return;
+    if (std::memcmp(now + begin, before, end - begin) == 0) return;
     for (std::uint32_t at = begin; at < end; ++at) {
-        if (now[at] == before[at]) continue;
-        const bool joins =
-            !patches.empty() && at - (patches.back().offset + patches.back().size) < SMALLEST_GAP;
+        if (now[at] == before[at - begin]) continue;
+        const bool joins = !patches.empty() && at >= patches.back().offset &&
+                           at - (patches.back().offset + patches.back().size) < SMALLEST_GAP;
         if (joins) {
             patches.back().size = at + 1 - patches.back().offset;
         } else {

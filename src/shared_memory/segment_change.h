@@ -25,16 +25,25 @@ class CPrivateCopy {
     const sArea& area() const { return mArea; }
     const CBlocks& blocks() const { return *mBlocks; }  // as they were before the change
 
-    // What the segment lacks of this copy. What free memory holds does not matter. The patches
+    // What has been changed in this copy. What free memory holds does not matter. The patches
     // point into the copy.
     std::vector<sPatch> differences() const;
 
   private:
-    void compare(std::uint32_t begin, std::uint32_t end, std::vector<sPatch>& patches) const;
+    bool isObjects(const sBlock& block) const;
+    void keepObjects();
+    void compareObjects(std::vector<sPatch>& patches) const;
+    void compareHeap(std::vector<sPatch>& patches) const;
+    void compare(std::uint32_t begin, std::uint32_t end, const unsigned char* before,
+                 std::vector<sPatch>& patches) const;
+    void compareWithSegment(std::size_t begin, std::size_t end, std::vector<sPatch>& patches) const;
 
     const Segment& mSegment;
     sArea mArea;
     std::optional<CBlocks> mBlocks;
+    // What the allocated memory held before the change, one block after the other. Plain peers
+    // write there without a lock at any moment: comparing with the segment would take that back.
+    std::vector<unsigned char> mObjects;
 };
 
 // Under the segment's lock: runs `make` on a private copy and brings its changes in. If it throws,

@@ -39,4 +39,22 @@ TEST(SegmentLock, TheEndWaitsForTheAccessUnderWayAndLetsNoOtherBegin) {
     EXPECT_FALSE(passed);
 }
 
+// A page of the copy stays as it was when the copy first wrote there.
+TEST(SegmentChange, KeepsWhatAPlainPeerWritesMeanwhileWithoutALock) {
+    CPeerMemory memory;
+    memory.setDoubleVector(0, {1.0});
+    auto& segment = *memory.mpSharedMemory;
+    double* value =
+        segment.find<core_utils::SegmentVector<double>>("VOLTAGE_DATA_MEM").first->data();
+    core_utils::withSegmentLock(segment, [&] {
+        return core_utils::changeStructure(segment, [&](const core_utils::CPrivateCopy& copy) {
+            const auto offset = segment.area().offsetOf(value);
+            *reinterpret_cast<volatile double*>(copy.area().base + offset) = 1.0;
+            *value = 2.0;
+            return true;
+        });
+    });
+    EXPECT_EQ(Doubles{2.0}, memory.getDoubleVector(0));
+}
+
 }  // namespace
