@@ -75,10 +75,9 @@ struct sChange {
         }
     }
 
-    // A cut is one step, however many blocks go.
-    bool isOneStep(std::int64_t block) const {
-        const std::int64_t last = std::max(endBefore(), endAfter()) - 1;
-        return after.empty() || offset / block == last / block;
+    // Whether storage takes it in one piece.
+    bool isOneWrite(std::int64_t block) const {
+        return before.size() == after.size() && offset / block == (endAfter() - 1) / block;
     }
 };
 
@@ -179,7 +178,7 @@ bool changeDurably(int descriptor, const char* path, std::int64_t offset, std::i
     change.trim();
     if (change.before.empty() && change.after.empty()) return true;
     const std::int64_t block = std::clamp<std::int64_t>(status.st_blksize, 1, PAGE_SIZE_IN_BYTES);
-    if (!change.isOneStep(block)) {
+    if (!change.isOneWrite(block)) {
         const eNewFile result = changeByNewFile(descriptor, path, status, change);
         if (result != eNewFile::IMPOSSIBLE) return result == eNewFile::STORED;
     }

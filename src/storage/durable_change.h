@@ -11,13 +11,15 @@ namespace core_utils {
 // `path` names, and forces it to storage. They must be the file's last bytes if `text` has another
 // length. Only what differs is written.
 //
-// Within one block it is done in place, in an order in which the file is at each moment the old or
-// the new one with nothing but line ends behind it: line ends make room and are stored; then one
-// write puts the text over them and the old text, with line ends to the old length, and is stored;
-// then the file is cut. What spans blocks goes into a new file, PATH.new, which is stored and takes
-// the name over; the descriptor then refers to it. Where that cannot be done (no permission, no
-// room, a mount point, a second hard link) it is done in place too, where a power cut may store one
-// block and not the next.
+// What stays within one block and has the same length is overwritten in one write. Everything else
+// goes into a new file, PATH.new, with the old one's owner and mode, which is stored and takes the
+// name over; the descriptor then refers to it. Where that cannot be done (no permission, no room, a
+// mount point, a second hard link) it is done in place, in an order in which the file is at each
+// moment the old or the new one with nothing but line ends behind it: line ends make room and are
+// stored; one write puts the text over them and the old text, with line ends to the old length, and
+// is stored; then the file is cut. A power cut may then store one block and not the next, or leave
+// NUL characters in the place of the line ends: what a cut takes away reaches the disk as zeros
+// before the file's new length does.
 //
 // False: the old bytes are there. There are two exceptions: the storage may refuse the old bytes
 // too, and if the folder of a new file cannot be stored, the new file is in use already.
