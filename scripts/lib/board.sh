@@ -44,7 +44,7 @@ make_initrd() {
     done
     rm -r "${root:?}/usr/share"
     install -s --strip-program=arm-linux-gnueabihf-strip -t $root/usr/bin \
-        build/arm/tests/board/board_{handlers,peer}
+        build/arm/tests/board/board_{changes,handlers,peer}
     cp -L -t $root/lib \
         /usr/arm-linux-gnueabihf/lib/{ld-linux-armhf.so.3,lib{c,m,stdc++}.so.6,libgcc_s.so.1}
     cp $BOARD/debian/bin/busybox $root/bin
@@ -99,7 +99,7 @@ boot_board() {
         qemu-system-arm -M virt -cpu cortex-a15 -m 192 -nographic -nic none -no-reboot \
         -kernel $BOARD/debian/boot/vmlinuz-* -initrd "$1.initrd" \
         -append "console=ttyAMA0 loglevel=3 panic=-1 MOUNT=${BOARD_MOUNT-} ${*:2}" \
-        -drive "if=none,id=disk,format=raw,cache=writeback,file=$1" \
+        "${qemu_options[@]}" -drive "if=none,id=disk,cache=writeback,${drive:-format=raw,file=$1}" \
         -device virtio-blk-device,drive=disk
 }
 
