@@ -15,7 +15,6 @@
 #include "config/manager/hxl_config_handler.h"
 #include "config/schema/auto_save_schema.h"
 #include "config/schema/config_paths.h"
-#include "ini_file/file_config.h"
 #include "shared_memory/object_directory.h"
 #include "shared_memory/shared_memory.h"
 
@@ -108,9 +107,13 @@ void bareLoop(benchmark::State& state) {
 }
 BENCHMARK(bareLoop);
 
-bool fileHolds(int descriptor, const std::string& text) {
+// Opens the file each time: a change of its length is a new file.
+bool fileHolds(const std::string& text) {
     char content[4096];
-    const ssize_t size = pread(descriptor, content, sizeof content, 0);
+    const int descriptor =
+        open(configFilePath(hxl_config_handler::AUTO_SAVE_FILE_NAME).c_str(), O_RDONLY);
+    const ssize_t size = read(descriptor, content, sizeof content);
+    close(descriptor);
     return size > 0 && std::string_view(content, static_cast<std::size_t>(size)).find(text) !=
                            std::string_view::npos;
 }
@@ -120,27 +123,24 @@ void changeToFile(benchmark::State& state) {
     CHandler handler;
     handler.start();
     CSegment segment;
-    const int descriptor =
-        open(configFilePath(hxl_config_handler::AUTO_SAVE_FILE_NAME).c_str(), O_RDONLY);
     std::vector<double> latencies;
     // The handler publishes the file's values when it starts: only after that a change stays.
     double value = 1.0;
     do {
         segment.setDoubleVector(0, {value});
-    } while (!fileHolds(descriptor, "VOL_LVL=" + std::to_string(value)));
+    } while (!fileHolds("VOL_LVL=" + std::to_string(value)));
     for (auto _ : state) {
         value = value < 9.0 ? value + 0.5 : 1.0;
         const std::string line = "VOL_LVL=" + std::to_string(value);
         const auto start = Clock::now();
         segment.setDoubleVector(0, {value});
-        while (!fileHolds(descriptor, line)) {
+        while (!fileHolds(line)) {
         }
         const std::chrono::duration<double> latency = Clock::now() - start;
         state.SetIterationTime(latency.count());
         latencies.push_back(latency.count());
     }
     handler.CAbsWorkerThread::stop();
-    close(descriptor);
     std::sort(latencies.begin(), latencies.end());
     const auto percentile = [&](std::size_t percent) {
         return latencies[std::min(latencies.size() * percent / 100, latencies.size() - 1)] * 1e6;
@@ -149,19 +149,6 @@ void changeToFile(benchmark::State& state) {
     state.counters["p99_us"] = percentile(99);
 }
 BENCHMARK(changeToFile)->UseManualTime()->Iterations(2000)->Unit(benchmark::kMicrosecond);
-
-void fileRewrite(benchmark::State& state) {
-    seed();
-    double value = 1.0;
-    for (auto _ : state) {
-        value = value < 9.0 ? value + 0.5 : 1.0;
-        core_utils::CFileConfig file;
-        file.open(configFilePath(hxl_config_handler::AUTO_SAVE_FILE_NAME), "r+b");
-        file.write("CONF_ITEM_DBL", "VOL_LVL", value);
-        file.close();
-    }
-}
-BENCHMARK(fileRewrite)->Unit(benchmark::kMicrosecond);
 
 }  // namespace
 

@@ -8,6 +8,7 @@ MODULES=(crc16 crc32c_generic libcrc32c mbcache jbd2 virtio_mmio virtio_blk ext4
 # state of its own, so that the machine keeps its architectures and package lists.
 fetch_debian() {
     if [[ -d $BOARD/debian ]]; then return; fi
+    echo "board: fetching kernel and BusyBox"
     local new=$BOARD/debian.new apt=$PWD/$BOARD/apt kernel package
     rm -rf $new "$apt"
     mkdir -p $new "$apt"/{state/lists,cache/archives}/partial
@@ -44,7 +45,7 @@ make_initrd() {
     done
     rm -r "${root:?}/usr/share"
     install -s --strip-program=arm-linux-gnueabihf-strip -t $root/usr/bin \
-        build/arm/tests/board/board_{changes,handlers,peer}
+        build/arm/tests/board/board_{changes,peer} build/arm/src/app_config_manager_all
     cp -L -t $root/lib \
         /usr/arm-linux-gnueabihf/lib/{ld-linux-armhf.so.3,lib{c,m,stdc++}.so.6,libgcc_s.so.1}
     cp $BOARD/debian/bin/busybox $root/bin
@@ -67,18 +68,18 @@ board_fail() {
 
 prepare_board() {
     install_packages "${BUILD_PACKAGES[@]}" g++-arm-linux-gnueabihf googletest \
-        qemu-system-arm cpio e2fsprogs xz-utils
+        qemu-system-arm cpio e2fsprogs python3 xz-utils
     mkdir -p $BOARD
     fetch_debian
-    cmake --preset arm
-    cmake --build --preset arm --target src/all tools/all tests/board/all
+    cmake --preset arm >/dev/null
+    cmake --build --preset arm --target src/all tools/all tests/board/all app_config_manager_all
     make_initrd
 }
 
-# make_disk IMAGE: with the shipped configuration.
+# make_disk IMAGE [SIZE]: with the shipped configuration.
 make_disk() {
     rm -f "$1"
-    /sbin/mke2fs -q -t ext4 -b 4096 -E root_owner=0:0 -d $BOARD/config "$1" 16M >/dev/null
+    /sbin/mke2fs -q -t ext4 -b 4096 -E root_owner=0:0 -d $BOARD/config "$1" "${2:-16M}" >/dev/null
 }
 
 # load_board IMAGE [FILE...]: makes the disk if there is none, and takes the files aboard.
@@ -92,14 +93,21 @@ load_board() {
     rm -r "$job"
 }
 
-# boot_board IMAGE [NAME=VALUE...]: becomes the machine; the variables are init's. Killing it loses
-# what the board has in memory and keeps what it has sent to its disk.
+# boot_board IMAGE [NAME=VALUE...]: becomes the machine; the variables are init's. Where there is an
+# IMAGE.writes, it gets a record of the disk's writes, and IMAGE.versions is a second disk.
 boot_board() {
+    local drive=format=raw,file=$1 second=()
+    if [[ -e $1.writes ]]; then
+        drive=driver=blklogwrites,file.driver=file,file.filename=$1
+        drive+=,log.driver=file,log.filename=$1.writes
+        second=(-drive "if=none,id=second,format=raw,file=$1.versions"
+            -device virtio-blk-device,drive=second)
+    fi
     exec ${limit:+timeout --foreground "$limit"} \
         qemu-system-arm -M virt -cpu cortex-a15 -m 192 -nographic -nic none -no-reboot \
         -kernel $BOARD/debian/boot/vmlinuz-* -initrd "$1.initrd" \
         -append "console=ttyAMA0 loglevel=3 panic=-1 MOUNT=${BOARD_MOUNT-} ${*:2}" \
-        "${qemu_options[@]}" -drive "if=none,id=disk,cache=writeback,${drive:-format=raw,file=$1}" \
+        "${second[@]}" -drive "if=none,id=disk,cache=writeback,$drive" \
         -device virtio-blk-device,drive=disk
 }
 

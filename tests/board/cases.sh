@@ -43,6 +43,12 @@ publish() {
     esac
 }
 
+# pick NUMBER CHOICE...: the choices in turn.
+pick() {
+    shift $(($1 % ($# - 1) + 1))
+    echo "$1"
+}
+
 # The daemon waits, a peer publishes, the file has the published text: one round each, with the
 # segment of the round before or a new one, and the peer at any moment of the daemon's polling. A
 # cold peer loads its code from the disk page by page while it runs, as on a board with flash; a
@@ -54,28 +60,26 @@ case_identities() {
     round=0
     wrong_rounds=0
     while [ $round -lt "${ROUNDS:-100}" ]; do
-        for peer in shmconf foreign shmconf_cold foreign_stopped; do
-            for text in 35_VOLTS_DEV_1CH 35_VOLTS_DEV_2CH 100_VOLTS_DEV_1CH 100_VOLTS_DEV_2CH \
-                KOL_35_VOLTS_DEV_2CH; do
-                round=$((round + 1))
-                case $((RANDOM % 3)) in
-                    0) rm -f $SEGMENT && record '' ;;
-                    1) rm -f $SEGMENT && record UNKNOWN ;;
-                    2) record UNKNOWN ;;
-                esac
-                rm -f $OUTPUT
-                app_config_manager >$OUTPUT 2>&1 &
-                await grep -q '^Process COnfigHandler' $OUTPUT
-                await is_polling $!
-                usleep $((RANDOM * 6))
-                publish $peer $text || wrong "$peer ends with $?"
-                await grep -q '^Dev Type' $OUTPUT
-                kill $! && wait $! 2>/dev/null
-                if [ "$(recorded)" = $text ]; then continue; fi
-                wrong "round $round: $peer published $text, recorded $(recorded)"
-                wrong_rounds=$((wrong_rounds + 1))
-            done
-        done
+        peer=$(pick $round shmconf foreign shmconf_cold foreign_stopped)
+        text=$(pick $round 35_VOLTS_DEV_1CH 35_VOLTS_DEV_2CH 100_VOLTS_DEV_1CH 100_VOLTS_DEV_2CH \
+            KOL_35_VOLTS_DEV_2CH)
+        round=$((round + 1))
+        case $((RANDOM % 3)) in
+            0) rm -f $SEGMENT && record '' ;;
+            1) rm -f $SEGMENT && record UNKNOWN ;;
+            2) record UNKNOWN ;;
+        esac
+        rm -f $OUTPUT
+        app_config_manager >$OUTPUT 2>&1 &
+        await grep -q '^Process COnfigHandler' $OUTPUT
+        await is_polling $!
+        usleep $((RANDOM * 6))
+        publish $peer $text || wrong "$peer ends with $?"
+        await grep -q '^Dev Type' $OUTPUT
+        kill $! && wait $! 2>/dev/null
+        if [ "$(recorded)" = $text ]; then continue; fi
+        wrong "round $round: $peer published $text, recorded $(recorded)"
+        wrong_rounds=$((wrong_rounds + 1))
     done
     echo "$round rounds, $wrong_rounds wrong"
 }
@@ -115,7 +119,7 @@ follow() {
 case_handlers() {
     record 35_VOLTS_DEV_2CH
     rm -f $SEGMENT
-    board_handlers >/dev/null 2>&1 &
+    app_config_manager_all >/dev/null 2>&1 &
     await grep -qx STATE=1 $CONFIG/conf_auto_save.cfg
     await shmconf get CNF_PM5_SEL_MEM >/dev/null
     follow conf_auto_save.cfg VOL_LVL=12.500000,30.000000 VOLTAGE_DATA_MEM 12.5 30
