@@ -61,6 +61,10 @@ def put(writes, disk):
         disk[offset : offset + len(data)] = data
 
 
+def last_change(disk):
+    return struct.unpack_from("<L", disk, len(disk) - SECTOR)[0]
+
+
 class Judge:
     def __init__(self, image, versions, folder):
         self.disk = bytearray(pathlib.Path(image).read_bytes())  # what was flushed
@@ -86,7 +90,7 @@ class Judge:
             ["/sbin/debugfs", "-R", f"rdump {FOLDER} {self.folder}", self.image],
             capture_output=True,
         )
-        done = struct.unpack_from("<L", self.state, len(self.state) - SECTOR)[0]
+        done = last_change(self.state)
         faults = []
         for name, versions in self.versions.items():
             path = system / name
@@ -123,6 +127,9 @@ def judge_share(arguments):
                 part = chance.random()
                 kept = [write for write in pending if chance.random() < part]
                 found[1].append((at, judge.judge(kept)))
+        put(pending, judge.disk)
+        # The record goes as far as the series.
+        assert all(last_change(judge.disk) == texts[-1][0] for texts in judge.versions.values())
     return found
 
 
