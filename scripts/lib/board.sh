@@ -101,7 +101,7 @@ boot_board() {
         drive=driver=blklogwrites,file.driver=file,file.filename=$1
         drive+=,log.driver=file,log.filename=$1.writes
         second=(-drive "if=none,id=second,format=raw,file=$1.versions"
-            -device virtio-blk-device,drive=second)
+            -device "virtio-blk-device,drive=second")
     fi
     exec ${limit:+timeout --foreground "$limit"} \
         qemu-system-arm -M virt -cpu cortex-a15 -m 192 -nographic -nic none -no-reboot \
