@@ -166,6 +166,10 @@ template void CSharedMemory::printReadFailure<double>();
 template void CSharedMemory::printReadFailure<unsigned char>();
 template void CSharedMemory::printReadFailure<std::string>();
 
+std::uint32_t CSharedMemory::foreignDeaths() {
+    return mpSharedMemory != nullptr ? CSegmentJournal::foreignDeaths(*mpSharedMemory) : 0;
+}
+
 template <typename Object, typename MakeInitial>
 bool CSharedMemory::create(const char* suffix, MakeInitial makeInitial) {
     return changeAlone(mpSharedMemory, [&] {

@@ -3,6 +3,7 @@
 #ifndef SHARED_MEMORY_SHARED_MEMORY_H
 #define SHARED_MEMORY_SHARED_MEMORY_H
 
+#include <cstdint>
 #include <map>
 #include <mutex>
 #include <string>
@@ -85,6 +86,9 @@ class CSharedMemory {
     static bool writeStringVector(const std::string& name, const std::vector<std::string>& values) {
         return writeVector(name, values);
     }
+
+    // How many peers without this library have died with the segment's lock; 0 without a segment.
+    static std::uint32_t foreignDeaths();
 
     // Two single objects for trying a segment out; no configuration uses them. Creating fails if
     // the object exists or the segment is full.

@@ -43,14 +43,16 @@ bool isChanged(CSingletonHxlConfigHandler& facade, int id) {
 }
 
 template <typename T>
-void saveChanged(const std::vector<unsigned int>& indexes) {
+void saveChanged(const std::vector<unsigned int>& indexes,
+                 core_utils::CSettling<std::vector<T>>& settling) {
     auto& facade = *CSingletonHxlConfigHandler::getInstance();
     for (const unsigned int index : indexes) {
         const int id = static_cast<int>(index);
         if (!isChanged<T>(facade, id)) continue;
         std::vector<T> shm = facade.getShmValues<T>(id);
         // A peer may have emptied it since.
-        if (!shm.empty()) facade.saveValues(id, std::move(shm));
+        if (shm.empty() || !settling.hasSettled(id, shm)) continue;
+        facade.saveValues(id, std::move(shm));
     }
 }
 
@@ -87,9 +89,9 @@ void CConfigAutoSaveHandler::run() {
 }
 
 void CConfigAutoSaveHandler::saveChanges() {
-    saveChanged<double>(mvecDblIndex);
-    saveChanged<unsigned char>(mvecSelIndex);
-    saveChanged<std::string>(mvecStrIndex);
+    saveChanged(mvecDblIndex, mDblSettling);
+    saveChanged(mvecSelIndex, mSelSettling);
+    saveChanged(mvecStrIndex, mStrSettling);
 }
 
 void CConfigAutoSaveHandler::printConfData() {

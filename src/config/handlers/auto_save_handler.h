@@ -2,9 +2,11 @@
 #ifndef CONFIG_HANDLERS_AUTO_SAVE_HANDLER_H
 #define CONFIG_HANDLERS_AUTO_SAVE_HANDLER_H
 
+#include <string>
 #include <vector>
 
 #include "config/handlers/config_handler.h"
+#include "shared_memory/settling.h"
 
 // Its thread loads the file once, which publishes the saved values over those that shared memory
 // holds. Then it polls all items about once a millisecond, and has an item saved, with all its
@@ -35,6 +37,11 @@ class CConfigAutoSaveHandler : public CAbsConfigHandler {
     std::vector<unsigned int> mvecDblIndex;
     std::vector<unsigned int> mvecSelIndex;
     std::vector<unsigned int> mvecStrIndex;
+
+  private:
+    core_utils::CSettling<std::vector<double>> mDblSettling;
+    core_utils::CSettling<std::vector<unsigned char>> mSelSettling;
+    core_utils::CSettling<std::vector<std::string>> mStrSettling;
 };
 
 #endif

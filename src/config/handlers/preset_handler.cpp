@@ -41,5 +41,6 @@ void CConfigPresetHandler::saveIfChanged(int presetNo) {
     // A preset that is not in shared memory keeps its stored settings.
     if (!facade.getPresetBlock(presetNo, shm, false)) return;
     facade.getPresetBlock(presetNo, stored, true);
-    if (!isPresetEqual(shm, stored)) facade.savePresetBlock(presetNo, shm, true);
+    if (isPresetEqual(shm, stored) || !mSettling.hasSettled(presetNo, shm)) return;
+    facade.savePresetBlock(presetNo, shm, true);
 }

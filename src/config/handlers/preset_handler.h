@@ -6,6 +6,7 @@
 
 #include "config/handlers/config_handler.h"
 #include "config/records/preset_data.h"
+#include "shared_memory/settling.h"
 
 // Its thread loads the file once, which publishes the saved presets over those that shared memory
 // holds. Then it compares one preset memory a millisecond and has the whole block saved when any
@@ -34,6 +35,9 @@ class CConfigPresetHandler : public CAbsConfigHandler {
     void saveIfChanged(int presetNo);
 
     std::vector<unsigned int> mvecPresetIndex;
+
+  private:
+    core_utils::CSettling<hxl_config_handler::sPresetBlock> mSettling;
 };
 
 #endif

@@ -1,3 +1,5 @@
+#include <signal.h>
+
 #include <cmath>
 #include <cstddef>
 #include <filesystem>
@@ -152,6 +154,39 @@ TEST(PresetHandler, PresetsThatDifferInOneByteAreNotEqual) {
     EXPECT_TRUE(handler.isPresetEqual(block, {}));
     block.fFuseDelay[1] = NAN;
     EXPECT_FALSE(handler.isPresetEqual(block, block));
+}
+
+TEST(PollingHandlers, SaveWhatAPeerDiedInOnlyWhenItHasStood) {
+    struct CHandler : CConfigAutoSaveHandler {
+        using CConfigAutoSaveHandler::saveChanges;
+    } handler;
+    writeFile(AUTO_SAVE, "[CONF_STATUS]\nSTATE=0\n");
+    facade().setDevTypeInfo(1, 2, false);
+    facade().loadAutoSaveConfig();
+    shared().setDoubleVector(0, {1.0, 2.0});
+    handler.saveChanges();
+    EXPECT_TRUE(has(readFile(AUTO_SAVE), "VOL_LVL=1.000000,2.000000\n"));
+    CPeer peer([](CPeerMemory& memory) {
+        auto dieHalfWay = [&] {
+            const auto vector =
+                memory.mpSharedMemory->find<core_utils::SegmentVector<double>>("VOLTAGE_DATA_MEM");
+            vector.first->at(0) = 9.0;
+            raise(SIGKILL);
+        };
+        memory.mpSharedMemory->atomic_func(dieHalfWay);
+        return false;
+    });
+    EXPECT_EQ(-SIGKILL, peer.run());
+    handler.saveChanges();
+    EXPECT_FALSE(has(readFile(AUTO_SAVE), "VOL_LVL=9"));
+    shared().setDoubleVector(0, {9.0, 8.0});
+    handler.saveChanges();
+    std::this_thread::sleep_for(std::chrono::milliseconds(110));
+    handler.saveChanges();
+    EXPECT_TRUE(has(readFile(AUTO_SAVE), "VOL_LVL=9.000000,8.000000\n"));
+    shared().setDoubleVector(0, {7.0, 8.0});
+    handler.saveChanges();
+    EXPECT_TRUE(has(readFile(AUTO_SAVE), "VOL_LVL=7")) << "once settled, at once";
 }
 
 TEST(PollingHandlers, AllocateNothingWhileNothingChanges) {
