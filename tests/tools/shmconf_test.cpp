@@ -44,6 +44,8 @@ constexpr sRefusal REFUSALS[] = {
     {"set --channel 0 0 7", 2, "--channel: Value 0 not in range 1 to "},
     {"set --channel 1 21 7", 2, "KEY_FALL_TIME is not by channel; use --index"},
     {"set --index 0 0 7 8", 2, "one element takes one value"},
+    {"preset 2 set volts 1 1", 2, "a preset has no setting \"volts\"; the closest is VoltageSet"},
+    {"preset 6", 2, "NUMBER: Value 6 not in range 1 to 5"},
     {"--json list", 2, "no option \"--json\" before a command"},
     {"help unsett", 2, "there is no command \"unsett\"; the closest command is unset"},
 };
@@ -74,6 +76,9 @@ TEST(Shmconf, WritesWhatThePeersReadAndRemovesIt) {
     shell("shmconf set --channel 2 volt 5; shmconf set --index 0 21 -- 7");
     EXPECT_EQ((Doubles{24.0, 5.0, -0.5, 0.0}), peer.getDoubleVector(0));
     EXPECT_EQ((Bytes{7, 255}), peer.getByteVector(21));
+    EXPECT_EQ(0U,
+              shell("shmconf set --channel 3 volt -0.5")
+                  .find("shmconf: VOLTAGE_DATA_MEM is by channel, and there is no channel 3\n"));
     shell("shmconf set wlan_ssid -- '[a,b]' '' --create -x list --");
     EXPECT_EQ((Texts{"[a,b]", "", "--create", "-x", "list", "--"}), peer.getStringVector(24));
     EXPECT_EQ("[a,b]\n\n--create\n-x\nlist\n--\nstatus 0", shell("shmconf get --raw 24"));
@@ -130,6 +135,23 @@ TEST(Shmconf, LoadNamesAllThatIsWrongAndWritesNothing) {
     EXPECT_EQ("shmconf: cannot read /none\nstatus 2", shell("shmconf load /none"));
 }
 
+// The page shows the rest.
+TEST(Shmconf, PresetsByNameShowWhatAShortObjectLacks) {
+    CPeerMemory peer;
+    peer.setDoubleVector(34, {1.5, 2.5, 3.5});
+    EXPECT_EQ("shmconf: CNF_PM2_SEL_MEM (absent)\nstatus 1", shell("shmconf preset 2"));
+    peer.setByteVector(35, Bytes(18));
+    EXPECT_EQ(
+        "CurrentSet          A           3.5          -\n"
+        "  \"preset\": 2,\n      \"unit\": \"A\",\n      \"values\": [\n        3.5\nstatus 0",
+        shell("shmconf preset 2 | grep ^Curre; shmconf preset 2 --json | sed -n '2p; 14,16p'"));
+    const std::string beyond = shell("shmconf preset 2 set currents 2 7");
+    EXPECT_NE(std::string::npos, beyond.find("no element at index 3: it holds 3")) << beyond;
+    shell("shmconf preset 2 set chnconn 2 1; shmconf preset 2 set voltageset 1 -5");
+    EXPECT_EQ((Doubles{-5.0, 2.5, 3.5}), peer.getDoubleVector(34));
+    EXPECT_EQ(1, peer.getByteVector(35).at(17));
+}
+
 TEST(Shmconf, AChangeIsDoneAlsoWhenItsOutputGoesNowhere) {
     CPeerMemory peer;
     for (const std::string lost : {">&-", ">/dev/full", "0>&- >&-"}) {
@@ -176,14 +198,15 @@ TEST(Shmconf, CompletesItsCommandsOptionsAndObjects) {
     EXPECT_EQ("--help --json --raw\nstatus 0", complete("get volt --", 3));
     EXPECT_EQ("WLAN_AUTOCONN_MEM WLAN_SSID_MEM WLAN_PASS_MEM\nstatus 0", complete("get wlan", 2));
     EXPECT_EQ("\nstatus 0", complete("set volt 1", 3));
+    EXPECT_EQ("set\nstatus 0", complete("preset 1 se", 3));
 }
 
 TEST(Shmconf, ShowsAnyContents) {
     CPeerMemory peer;
     peer.setStringVector(48, {"a\x1b[31m\n\xff\"\\", "Büro\xc2\x9b"});
     EXPECT_EQ(
-        "ID  NAME             TYPE  COUNT  VALUES\n"
-        R"(48  CNF_DEV_TYP_MEM  text      2  "a\x1b[31m\x0a\xff\"\\" "Büro\xc2\x9b")"
+        "ID  NAME             TYPE  UNIT  COUNT  VALUES\n"
+        R"(48  CNF_DEV_TYP_MEM  text            2  "a\x1b[31m\x0a\xff\"\\" "Büro\xc2\x9b")"
         "\nstatus 0",
         shell("shmconf list"));
     const std::string json = shell("shmconf get --json 48");
@@ -191,10 +214,10 @@ TEST(Shmconf, ShowsAnyContents) {
     peer.mpSharedMemory->construct<int>("FUSE_DATA_MEM")(1);
     peer.setDoubleVector(0, {});
     EXPECT_EQ(
-        "ID  NAME              TYPE    COUNT  VALUES\n"
-        " 4  FUSE_DATA_MEM     double      -  (is no vector of type double)\n"
-        " 0  VOLTAGE_DATA_MEM  double      0  (empty)\n"
-        " 5  RAMP_DATA_MEM     double      -  (absent)\n"
+        "ID  NAME              TYPE    UNIT  COUNT  VALUES\n"
+        " 4  FUSE_DATA_MEM     double            -  (is no vector of type double)\n"
+        " 0  VOLTAGE_DATA_MEM  double  V         0  (empty)\n"
+        " 5  RAMP_DATA_MEM     double            -  (absent)\n"
         "status 1",
         shell("shmconf get fuse 0 ramp"));
     EXPECT_EQ(

@@ -7,6 +7,7 @@
 #include <iostream>
 #include <sstream>
 
+#include "config/schema/preset_schema.h"
 #include "shmconf/json_form.h"
 #include "shmconf/output.h"
 
@@ -48,7 +49,7 @@ void nameThoseWithoutValues(const std::vector<sRow>& rows) {
 }
 
 bool isIdentity(const sRow& row) {
-    return std::string(row.object.name) == "CNF_DEV_TYP_MEM";
+    return row.object.id == hxl_config_handler::DEV_TYPE_ID;
 }
 
 std::string readInput(const std::string& file) {
@@ -73,6 +74,13 @@ void print(std::ostream& out, const std::vector<sRow>& rows, eFormat format) {
         case eFormat::RAW:
             return printRaw(out, rows);
     }
+}
+
+// Peers may do so; a person has mistaken something.
+void warnOfThirdChannel(const sObject& object, std::size_t channel) {
+    if (!isByChannel(object) || channel <= hxl_config_handler::CHANNEL_COUNT) return;
+    std::cerr << "shmconf: " << object.name << " is by channel, and there is no channel " << channel
+              << '\n';
 }
 
 void printChanged(std::ostream& out, const std::vector<sRow>& rows) {
@@ -129,6 +137,7 @@ void loadObjects(std::ostream& out, const sLoadOptions& options) {
 void setObject(std::ostream& out, const std::string& object, const Words& values, bool create) {
     const sObject found = findObject(object);
     const Values parsed = parseValues(found.element, values);
+    warnOfThirdChannel(found, values.size());
     CSegment segment(create);
     segment.write(found, parsed);
     printChanged(out, readRows(segment, {found}));
@@ -143,6 +152,7 @@ void setElement(std::ostream& out, const std::string& object, const sElement& el
     }
     const Values parsed = parseValues(found.element, values);
     CSegment segment(false);
+    if (element.channel) warnOfThirdChannel(found, *element.channel);
     segment.writeElement(found, element.channel ? *element.channel - 1 : *element.index, parsed);
     printChanged(out, readRows(segment, {found}));
 }

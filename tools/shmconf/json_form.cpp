@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
-#include <nlohmann/json.hpp>
 
+#include "config/schema/auto_save_schema.h"
 #include "shmconf/tool_error.h"
 #include "support/format.h"
 
@@ -24,23 +24,6 @@ bool isUtf8(const std::string& text) {
     } catch (const Json::type_error&) {
         return false;
     }
-}
-
-Json elementToJson(unsigned char value) {
-    return value;
-}
-Json elementToJson(double value) {
-    return std::isfinite(value) ? Json(value) : Json(tools::format(value));
-}
-Json elementToJson(const std::string& text) {
-    if (isUtf8(text)) return text;
-    constexpr char DIGITS[] = "0123456789abcdef";
-    std::string hex;
-    for (const char c : text) {
-        const auto byte = static_cast<unsigned char>(c);
-        hex += {DIGITS[byte >> 4], DIGITS[byte & 15]};
-    }
-    return {{HEX, hex}};
 }
 
 // Each tells whether `json` is such an element.
@@ -76,10 +59,11 @@ bool elementFromJson(const Json& json, std::string& text) {
 }
 
 Json rowToJson(const sRow& row) {
-    Json json = {{"id", row.object.id},
-                 {"name", row.object.name},
-                 {"type", typeName(row.object.element)},
-                 {"state", STATE_NAMES[static_cast<int>(row.contents.state)]}};
+    Json json = {
+        {"id", row.object.id}, {"name", row.object.name}, {"type", typeName(row.object.element)}};
+    const std::string unit = hxl_config_handler::unitOf(row.object.id);
+    if (!unit.empty()) json["unit"] = unit;
+    json["state"] = STATE_NAMES[static_cast<int>(row.contents.state)];
     if (row.contents.state != eState::PRESENT) return json;
     json["values"] = Json::array();
     std::visit(
@@ -137,6 +121,23 @@ std::string addRow(const Json& json, std::vector<sRow>& rows) {
 }
 
 }  // namespace
+
+Json elementToJson(unsigned char value) {
+    return value;
+}
+Json elementToJson(double value) {
+    return std::isfinite(value) ? Json(value) : Json(tools::format(value));
+}
+Json elementToJson(const std::string& text) {
+    if (isUtf8(text)) return text;
+    constexpr char DIGITS[] = "0123456789abcdef";
+    std::string hex;
+    for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        hex += {DIGITS[byte >> 4], DIGITS[byte & 15]};
+    }
+    return {{HEX, hex}};
+}
 
 std::string toJson(const std::vector<sRow>& rows) {
     Json json = Json::array();

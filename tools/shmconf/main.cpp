@@ -8,8 +8,10 @@
 #include <iostream>
 #include <limits>
 
+#include "config/schema/preset_schema.h"
 #include "host/process_setup.h"
 #include "shmconf/commands.h"
+#include "shmconf/preset.h"
 #include "support/closest.h"
 
 namespace {
@@ -32,6 +34,8 @@ struct sArguments {
     std::string object;
     sElement element;
     sLoadOptions load;
+    int preset = 0;
+    sPresetValue presetValue;
     Words objects;
     Words behindMark;
     unsigned int count = 0;
@@ -110,6 +114,26 @@ void defineChanging(CLI::App& app, sArguments& arguments, eExitStatus& status) {
     unset->callback([&] { status = unsetObjects(std::cout, arguments.objects); });
 }
 
+void definePreset(CLI::App& app, sArguments& arguments) {
+    auto* preset = app.add_subcommand("preset", "Show a preset memory, or change a setting of it");
+    preset->add_option("NUMBER", arguments.preset)->required()->check(CLI::Range(1, 5));
+    addJson(*preset, arguments);
+    auto* set = preset->add_subcommand("set", "Change a setting of one channel");
+    set->add_option("SETTING", arguments.presetValue.setting, "A beginning of its name is enough")
+        ->required();
+    set->add_option("CHANNEL", arguments.presetValue.channel)
+        ->required()
+        ->check(CLI::Range(1U, static_cast<unsigned int>(hxl_config_handler::CHANNEL_COUNT)));
+    set->add_option("VALUE", arguments.presetValue.value)->required();
+    preset->callback([&arguments, set] {
+        if (set->parsed()) {
+            changePreset(std::cout, arguments.preset, arguments.presetValue);
+        } else {
+            showPreset(std::cout, arguments.preset, arguments.json);
+        }
+    });
+}
+
 void defineBackup(CLI::App& app, sArguments& arguments, eExitStatus& status) {
     auto* dump = app.add_subcommand("dump", "Print all objects that exist, for load");
     dump->callback([&] { status = dumpObjects(std::cout); });
@@ -158,6 +182,7 @@ eExitStatus run(Words words) {
     eExitStatus status = STATUS_DONE;
     defineReading(app, arguments, status);
     defineChanging(app, arguments, status);
+    definePreset(app, arguments);
     defineBackup(app, arguments, status);
     defineWatching(app, arguments);
     app.add_subcommand("help", "Show this, the usage of a command, or all objects");

@@ -1,27 +1,27 @@
 #include "shmconf/output.h"
 
 #include <algorithm>
-#include <array>
-#include <iomanip>
 #include <ostream>
 
+#include "config/schema/auto_save_schema.h"
 #include "support/format.h"
 
 namespace shmconf {
 
 namespace {
 
-constexpr std::size_t COLUMNS = 5;
-using Cells = std::array<std::string, COLUMNS>;
-
 std::size_t countOf(const Values& values) {
     return std::visit([](const auto& elements) { return elements.size(); }, values);
 }
 
-Cells cellsOf(const sRow& row) {
+std::vector<std::string> cellsOf(const sRow& row) {
     const bool present = row.contents.state == eState::PRESENT;
-    return {std::to_string(row.object.id), row.object.name, typeName(row.object.element),
-            present ? std::to_string(countOf(row.contents.values)) : "-", describe(row)};
+    return {std::to_string(row.object.id),
+            row.object.name,
+            typeName(row.object.element),
+            hxl_config_handler::unitOf(row.object.id),
+            present ? std::to_string(countOf(row.contents.values)) : "-",
+            describe(row)};
 }
 
 const std::string& rawText(const std::string& text) {
@@ -46,25 +46,28 @@ std::string describe(const sRow& row) {
     return countOf(row.contents.values) == 0 ? "(empty)" : formatValues(row.contents.values);
 }
 
-void printTable(std::ostream& out, const std::vector<sRow>& rows) {
-    std::vector<Cells> lines = {{"ID", "NAME", "TYPE", "COUNT", "VALUES"}};
-    for (const sRow& row : rows)
-        lines.push_back(cellsOf(row));
-    std::array<std::size_t, COLUMNS> widths{};
-    for (const Cells& cells : lines) {
-        for (std::size_t i = 0; i < COLUMNS; ++i)
-            widths[i] = std::max(widths[i], cells[i].size());
+void printColumns(std::ostream& out, const Lines& lines, const std::vector<bool>& isNumber) {
+    std::vector<std::size_t> widths(isNumber.size());
+    for (const auto& cells : lines) {
+        for (std::size_t i = 0; i < widths.size(); ++i)
+            widths[i] = std::max(widths[i], cells.at(i).size());
     }
-    constexpr std::array<bool, COLUMNS> IS_NUMBER = {true, false, false, true, false};
-    for (const Cells& cells : lines) {
+    for (const auto& cells : lines) {
         std::string line;
-        for (std::size_t i = 0; i < COLUMNS; ++i) {
+        for (std::size_t i = 0; i < widths.size(); ++i) {
             const std::string padding(widths[i] - cells[i].size(), ' ');
-            line += IS_NUMBER[i] ? padding + cells[i] : cells[i] + padding;
+            line += isNumber[i] ? padding + cells[i] : cells[i] + padding;
             line += "  ";
         }
         out << line.erase(line.find_last_not_of(' ') + 1) << '\n';
     }
+}
+
+void printTable(std::ostream& out, const std::vector<sRow>& rows) {
+    Lines lines = {{"ID", "NAME", "TYPE", "UNIT", "COUNT", "VALUES"}};
+    for (const sRow& row : rows)
+        lines.push_back(cellsOf(row));
+    printColumns(out, lines, {true, false, false, false, true, false});
 }
 
 void printRaw(std::ostream& out, const std::vector<sRow>& rows) {
