@@ -24,9 +24,9 @@ enum peer_segment_outcome {
     PEER_SEGMENT_TYPE_MISMATCH = 5,   // its elements are of another type
     PEER_SEGMENT_NO_OBJECT = 6,       // nobody has written the object yet
     PEER_SEGMENT_NO_VECTOR = 7,       // what stands under the name cannot be a vector of this type
-    PEER_SEGMENT_FULL = 8,            // no room in the segment
+    PEER_SEGMENT_FULL = 8,            // no room in the segment; the object is as it was
     PEER_SEGMENT_LOCKED = 9,          // another process keeps the lock
-    PEER_SEGMENT_DAMAGED = 10,        // the segment's bookkeeping is
+    PEER_SEGMENT_DAMAGED = 10,        // a process without this library has died in a change
     PEER_SEGMENT_TIME_OUT = 11,       // no change within the limit
     PEER_SEGMENT_NO_ELEMENT = 12,     // the object has no element at the index
     PEER_SEGMENT_TOO_SMALL = 100,     // the caller's array; *count says what is needed

@@ -96,7 +96,7 @@ void checkBeforeAttaching(const std::string& name, std::size_t size) {
 void checkAfterAttaching(const std::string& name, std::size_t size) {
     const CSegmentFile file(name);
     if (!file.exists() || file.size() < size || file.size() - size > LARGEST_PREFIX) {
-        throw std::runtime_error("its header says another size");
+        throw std::runtime_error("its header says another size; is it of the other word size?");
     }
     reservePages(file.descriptor(), file.size());
 }
