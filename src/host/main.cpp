@@ -7,6 +7,11 @@
 #include "host/app_config_manager.h"
 #include "host/process_setup.h"
 
+// The build's choice of handlers; without one the daemon keeps the identity alone.
+#ifndef APP_CONFIG_HANDLERS
+#define APP_CONFIG_HANDLERS eHandler::DEV_TYPE
+#endif
+
 int main() {
     setUpProcess();
     std::cout << "App Config Manager" << std::endl;
