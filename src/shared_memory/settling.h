@@ -18,14 +18,16 @@ template <typename Value>
 class CSettling {
   public:
     // True if `value`, just read, may be stored. After the death of such a peer that is so once it
-    // has stood for 100 ms, as seen by these calls, which must go on until then. NaN never does.
+    // has stood for 100 ms, as seen by these calls, which must go on until then.
     bool hasSettled(int key, const Value& value) {
         const std::uint32_t deaths = CSharedMemory::foreignDeaths();
         if (deaths == 0) return true;
         const auto now = std::chrono::steady_clock::now();
         sStanding& standing = mStanding[key];
         if (standing.deaths == deaths && standing.isSettled) return true;
-        if (standing.deaths != deaths || !(standing.value == value)) {
+        // A value with a NaN never equals itself; it is stored as it stands after the 100 ms.
+        const bool isUnchanged = standing.value == value || !(value == value);
+        if (standing.deaths != deaths || !isUnchanged) {
             standing = {deaths, false, now, value};
         }
         standing.isSettled = now - standing.since >= STANDS_FOR;
