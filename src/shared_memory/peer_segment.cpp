@@ -41,7 +41,7 @@ template <typename Value>
 bool isSame(const std::vector<Value>& a, const std::vector<Value>& b) {
     return a == b;
 }
-// A number that is not one differs from itself, and would be a change each time.
+// Bit by bit: a NaN never compares equal, and would be a change each time.
 bool isSame(const std::vector<double>& a, const std::vector<double>& b) {
     return a.size() == b.size() &&
            (a.empty() || std::memcmp(a.data(), b.data(), a.size() * sizeof(double)) == 0);

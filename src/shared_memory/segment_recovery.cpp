@@ -18,7 +18,7 @@ std::string line(const std::string& text) {
 }
 
 // A plain peer that dies between two instructions leaves a vector that points to freed memory, or
-// texts that are none.
+// broken texts.
 std::string emptyBrokenVectors(Segment& segment, CPrivateCopy& copy) {
     std::string told;
     for (const sSharedObject& object : OBJECT_DIRECTORY) {

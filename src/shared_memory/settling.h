@@ -18,7 +18,7 @@ template <typename Value>
 class CSettling {
   public:
     // True if `value`, just read, may be stored. After the death of such a peer that is so once it
-    // has stood for 100 ms, as seen by these calls, which must go on until then.
+    // is unchanged for 100 ms, as seen by these calls, which must go on until then.
     bool hasSettled(int key, const Value& value) {
         const std::uint32_t deaths = CSharedMemory::foreignDeaths();
         if (deaths == 0) return true;

@@ -103,8 +103,8 @@ bool visitElement(const sArea&, const T& number, Visit visit) {
 // This and visitElements() only under the segment's lock.
 sRawObject findObject(const sArea& area, const std::string& name);
 
-// True if the object stands in the copy with a vector's size, but is none any more: it is made one
-// without elements. What memory it had stays taken.
+// True if the object has a vector's size in the copy, but is broken: it becomes a vector without
+// elements. Its allocations leak.
 bool emptyIfBroken(CPrivateCopy& copy, const sSharedObject& object);
 
 // NO_VECTOR: what stands under the name cannot be a vector of such elements inside the segment.
@@ -153,8 +153,7 @@ struct CVectorAccess {
     static eAccess update(Segment& segment, const std::string& name,
                           const std::function<bool(std::vector<Value>&)>& change);
 
-    // Removes the object whatever it is. Of one that is no vector, memory that it had taken for
-    // itself stays taken.
+    // Removes the object whatever it is. If it is not a vector, its allocations leak.
     static eAccess destroy(Segment& segment, const std::string& name);
 };
 

@@ -29,7 +29,7 @@ std::string localTime() {
 
 void watch(std::ostream& out, const CSegment& segment, const std::vector<sObject>& objects,
            const sWatchOptions& options) {
-    // Compared as printed: a number that is not one differs from itself.
+    // Compared as printed: a NaN never compares equal.
     std::vector<std::string> known;
     known.reserve(objects.size());
     for (const sObject& object : objects)
