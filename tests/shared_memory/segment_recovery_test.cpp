@@ -1,5 +1,3 @@
-#include "shared_memory/segment_recovery.h"
-
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/mman.h>
@@ -9,6 +7,8 @@
 
 #include "shared_memory/mutex_words.h"
 #include "shared_memory/peer_segment.h"
+#include "shared_memory/segment_journal.h"
+#include "support/files.h"
 #include "support/peer.h"
 
 namespace {
@@ -20,31 +20,22 @@ using eOutcome = CPeerSegment::eOutcome;
 
 TEST(SegmentRecovery, AStoppedHolderIsAliveUntilItIsKilled) {
     CPeerMemory().setDoubleVector(0, {1.0});
-    const pid_t holder = fork();
-    if (holder == 0) {
-        CPeerMemory memory;
-        auto stop = [] { raise(SIGSTOP); };
-        memory.mpSharedMemory->atomic_func(stop);
-        _exit(0);
-    }
+    CPeer holder(raiseUnderLock(SIGSTOP));
+    holder.start();
     CPeerSegment segment;
     ASSERT_TRUE(segment.attach());
     int status = 0;
-    waitpid(holder, &status, WUNTRACED);
+    waitpid(holder.pid(), &status, WUNTRACED);
     Doubles values;
     EXPECT_EQ(eOutcome::LOCKED, segment.read(0, values).outcome);
-    kill(holder, SIGKILL);
+    kill(holder.pid(), SIGKILL);
     EXPECT_TRUE(segment.read(0, values)) << "of one that nobody has asked for its status";
-    waitpid(holder, &status, 0);
+    EXPECT_EQ(-SIGKILL, holder.wait());
 }
 
 TEST(SegmentRecovery, ManyRecoverAtOnceAndThoseThatDieAtItAreRecoveredToo) {
     CPeerMemory().setDoubleVector(0, {1.0});
-    CPeer dead([](CPeerMemory& memory) {
-        auto die = [] { raise(SIGKILL); };
-        memory.mpSharedMemory->atomic_func(die);
-        return false;
-    });
+    CPeer dead(raiseUnderLock(SIGKILL));
     const auto write = [](CPeerMemory& memory) {
         for (unsigned char i = 0; i < 20; ++i)
             if (!memory.setByteVector(7, Bytes(i, i))) return false;
@@ -79,6 +70,30 @@ TEST(SegmentRecovery, ALockUnderTheNumberOfAnotherThreadOrOfOnesOwnIsTakenOver) 
     EXPECT_TRUE(memory.setByteVector(7, {3})) << "by a process without the segment";
     kill(stranger, SIGKILL);
     waitpid(stranger, nullptr, 0);
+}
+
+TEST(SegmentRecovery, NamesWhatAPlainPeerHasBroken) {
+    CPeerMemory memory;
+    ASSERT_TRUE(memory.setDoubleVector(0, {1.0}) && memory.setByteVector(7, {1}));
+    auto* words = memory.mpSharedMemory->find<std::ptrdiff_t>("VOLTAGE_DATA_MEM").first;
+    words[1] += 65536;  // the elements
+    CPeer(raiseUnderLock(SIGKILL)).run();
+    EXPECT_EQ(
+        "shared memory [CONF_AUTO_SAVE_MEM]: a process died while it changed VOLTAGE_DATA_MEM, "
+        "which is without elements now; write it again\n",
+        printedOnStderrBy([&] { EXPECT_EQ(Bytes{1}, memory.getByteVector(7)); }));
+    EXPECT_TRUE(memory.getDoubleVector(0).empty() && memory.setDoubleVector(0, {2.0}));
+
+    *reinterpret_cast<char*>(words + 4) = '\0';  // its name in the index; the heap is sound
+    CPeer(raiseUnderLock(SIGKILL)).run();
+    CPeerSegment segment;
+    ASSERT_TRUE(segment.attach());
+    const auto begin = std::chrono::steady_clock::now();
+    Bytes values;
+    EXPECT_EQ(std::string("CONF_AUTO_SAVE_MEM is damaged: ") + core_utils::INDEX_DAMAGED,
+              segment.read(7, values).reason);
+    EXPECT_EQ(eOutcome::DAMAGED, segment.write(1, Doubles{1.0}).outcome);
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, 500ms);
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 #ifndef SUPPORT_PEER_H
 #define SUPPORT_PEER_H
 
+#include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -68,6 +69,16 @@ class CPeer {
     int mEnds[2] = {};
     pid_t mPid = 0;
 };
+
+// For a peer: what a plain one of Boost does that gets the signal while it holds the segment's
+// lock.
+inline std::function<bool(CPeerMemory&)> raiseUnderLock(int signal) {
+    return [signal](CPeerMemory& memory) {
+        auto act = [signal] { raise(signal); };
+        memory.mpSharedMemory->atomic_func(act);
+        return true;
+    };
+}
 
 }  // namespace support
 
