@@ -7,20 +7,6 @@
 #include "shared_memory/segment_check.h"
 #include "shared_memory/segment_creation.h"
 
-namespace boost {
-
-// Boost's assertions stay on, and what they find in a segment that a peer has damaged becomes an
-// exception of the access instead of the end of this process.
-void assertion_failed(const char* expression, const char*, const char*, long) {
-    throw std::logic_error(expression);
-}
-
-void assertion_failed_msg(const char* expression, const char*, const char*, const char*, long) {
-    throw std::logic_error(expression);
-}
-
-}  // namespace boost
-
 namespace core_utils {
 
 namespace bip = boost::interprocess;
