@@ -1,5 +1,5 @@
-// Boost's assertion handler for all programs that link this library. Boost's assertions stay on: one
-// that fails in a segment which a peer has damaged throws std::logic_error out of that access,
+// Boost's assertion handler, for all programs that link this library. Boost's assertions stay on:
+// one that fails in a segment that a peer has damaged throws std::logic_error out of that access
 // instead of ending the process.
 #include <boost/assert.hpp>
 #include <stdexcept>
