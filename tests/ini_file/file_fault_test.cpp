@@ -3,28 +3,20 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
-#include <sys/mman.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdlib>
 #include <functional>
-#include <new>
 #include <string>
 #include <thread>
 
 #include "config/manager/hxl_config_handler.h"
 #include "framework/exit_gate.h"
 #include "ini_file/file_config.h"
+#include "support/allocations.h"
 #include "support/files.h"
-
-#ifdef __GLIBC__
-#define WIDE(name) name##64  // its name of a call with 64-bit offsets
-#else
-#define WIDE(name) name
-#endif
 
 namespace {
 
@@ -33,89 +25,58 @@ using core_utils::CFileConfig;
 // Without space half is written first; to be asked to end leaves time for what is under way.
 enum class eFault { ERROR, NO_SPACE, NO_MEMORY, KILL, END };
 
-// What a change did in a child process, in memory that both share.
-struct sRun {
-    eFault fault;
-    int strikeAt;
-    int count;
-    bool watching;
-    bool struck;
-    bool finished;
-    bool result;
-};
-sRun* const gpRun = static_cast<sRun*>(
-    mmap(nullptr, sizeof(sRun), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
+// Bits of the exit status of a process that made a change.
+enum eStatus { STRUCK = 1, DONE = 2, ENDED = 4 };
+
+eFault gFault;
+int gCallsLeft = 0;  // up to the fault
 
 // As a signal that asks the process to end does.
 void endMeanwhile() {
     std::thread([] {
         core_utils::CExitGate::close(std::chrono::seconds(10));
-        _exit(0);
+        _exit(STRUCK | ENDED);
     }).detach();
     std::this_thread::sleep_for(std::chrono::milliseconds(2));
 }
 
-bool strikes(eFault only = eFault::ERROR) {
-    if (gpRun == nullptr || !gpRun->watching) return false;
-    if ((gpRun->fault == eFault::NO_MEMORY) != (only == eFault::NO_MEMORY)) return false;
-    if (++gpRun->count != gpRun->strikeAt) return false;
-    gpRun->struck = true;
-    if (gpRun->fault == eFault::KILL) raise(SIGKILL);
-    if (gpRun->fault == eFault::END) {
-        endMeanwhile();
-        return false;
-    }
-    errno = gpRun->fault == eFault::NO_SPACE ? ENOSPC : EIO;
-    return true;
+bool strikes() {
+    if (gCallsLeft == 0 || --gCallsLeft > 0) return false;
+    if (gFault == eFault::KILL) raise(SIGKILL);
+    if (gFault == eFault::END) endMeanwhile();
+    errno = gFault == eFault::NO_SPACE ? ENOSPC : EIO;
+    return gFault != eFault::END;
 }
 
 }  // namespace
 
-// One call of the system that fails when it is its turn.
-#define FAILING(name, parameters, arguments)             \
-    extern "C" int __real_##name parameters;             \
-    extern "C" int __wrap_##name parameters {            \
-        return strikes() ? -1 : __real_##name arguments; \
+// Calls of the system that fail when it is their turn.
+#define FAILING_CALL(result, name, parameters, arguments) \
+    extern "C" result __real_##name parameters;           \
+    extern "C" result __wrap_##name parameters {          \
+        return strikes() ? -1 : __real_##name arguments;  \
     }
-FAILING(fsync, (int descriptor), (descriptor))
-FAILING(rename, (const char* from, const char* to), (from, to))
-FAILING(fchown, (int descriptor, uid_t owner, gid_t group), (descriptor, owner, group))
-FAILING(fchmod, (int descriptor, mode_t mode), (descriptor, mode))
+#define FAILING(result, name, ...) FAILING_CALL(result, name, __VA_ARGS__)
+#ifdef __GLIBC__
+#define WIDE(name) name##64  // its name of a call with 64-bit offsets
+#else
+#define WIDE(name) name
+#endif
+FAILING(int, fsync, (int file), (file))
+FAILING(int, rename, (const char* from, const char* to), (from, to))
+FAILING(int, fchown, (int file, uid_t owner, gid_t group), (file, owner, group))
+FAILING(int, fchmod, (int file, mode_t mode), (file, mode))
+FAILING(int, WIDE(open), (const char* path, int flags, mode_t mode), (path, flags, mode))
+FAILING(int, WIDE(ftruncate), (int file, off_t size), (file, size))
+FAILING(ssize_t, WIDE(pread), (int file, void* to, std::size_t size, off_t offset),
+        (file, to, size, offset))
 
-extern "C" {
-ssize_t WIDE(__real_pread)(int, void*, std::size_t, off_t);
-ssize_t WIDE(__real_pwrite)(int, const void*, std::size_t, off_t);
-int WIDE(__real_ftruncate)(int, off_t);
-int WIDE(__real_open)(const char*, int, ...);
-
-ssize_t WIDE(__wrap_pread)(int descriptor, void* to, std::size_t size, off_t offset) {
-    return strikes() ? -1 : WIDE(__real_pread)(descriptor, to, size, offset);
-}
-ssize_t WIDE(__wrap_pwrite)(int descriptor, const void* from, std::size_t size, off_t offset) {
-    if (!strikes()) return WIDE(__real_pwrite)(descriptor, from, size, offset);
-    if (gpRun->fault != eFault::NO_SPACE || size == 1) return -1;
-    ++gpRun->strikeAt;  // the rest fails
-    return WIDE(__real_pwrite)(descriptor, from, size / 2, offset);
-}
-int WIDE(__wrap_ftruncate)(int descriptor, off_t size) {
-    return strikes() ? -1 : WIDE(__real_ftruncate)(descriptor, size);
-}
-int WIDE(__wrap_open)(const char* path, int flags, mode_t mode) {
-    return strikes() ? -1 : WIDE(__real_open)(path, flags, mode);
-}
-}
-
-void* operator new(std::size_t size) {
-    void* block = strikes(eFault::NO_MEMORY) ? nullptr : std::malloc(size);
-    if (block == nullptr) throw std::bad_alloc();
-    return block;
-}
-// Not inline: the compiler would see free() take what another operator new has given.
-[[gnu::noinline]] void operator delete(void* block) noexcept {
-    std::free(block);
-}
-[[gnu::noinline]] void operator delete(void* block, std::size_t) noexcept {
-    std::free(block);
+extern "C" ssize_t WIDE(__real_pwrite)(int, const void*, std::size_t, off_t);
+extern "C" ssize_t WIDE(__wrap_pwrite)(int file, const void* from, std::size_t size, off_t offset) {
+    if (!strikes()) return WIDE(__real_pwrite)(file, from, size, offset);
+    if (gFault != eFault::NO_SPACE || size == 1) return -1;
+    gCallsLeft = 1;  // the rest fails
+    return WIDE(__real_pwrite)(file, from, size / 2, offset);
 }
 
 namespace {
@@ -128,26 +89,34 @@ struct sCase {
     bool withoutMemory;  // it is to survive that
 };
 
-// Runs the change in a process of its own, its output away.
-void run(const sCase& row, eFault fault, int strikeAt) {
-    *gpRun = {};
-    gpRun->fault = fault;
-    gpRun->strikeAt = strikeAt;
+struct sOutcome {
+    bool struck;
+    bool finished;
+    bool done;  // the result of the change
+};
+
+// Runs the change in a process of its own, its output away; without a fault for number 0.
+sOutcome outcomeOf(const sCase& row, eFault fault, int number) {
     std::fflush(stdout);  // or the child writes it too
     const pid_t child = fork();
     if (child == 0) {
-        if (std::freopen("/dev/null", "w", stdout) == nullptr) _exit(1);
+        const bool withMemory = fault != eFault::NO_MEMORY;
+        if (std::freopen("/dev/null", "w", stdout) == nullptr) _exit(ENDED);
         row.prepare();
-        gpRun->watching = true;
-        gpRun->result = row.change();
-        gpRun->watching = false;
-        while (fault == eFault::END && gpRun->struck)
+        gFault = fault;
+        gCallsLeft = withMemory ? number : 0;
+        support::countAllocations(withMemory ? 0 : number);
+        const bool done = row.change();
+        const bool isPast = withMemory ? gCallsLeft == 0 : support::allocations() >= number;
+        const bool struck = number > 0 && isPast;
+        while (fault == eFault::END && struck)
             pause();
-        gpRun->finished = true;
-        _exit(0);
+        _exit((struck ? STRUCK : 0) | (done ? DONE : 0));
     }
-    waitpid(child, nullptr, 0);
-    gpRun->watching = false;
+    int status = 0;
+    waitpid(child, &status, 0);
+    const int bits = WIFEXITED(status) ? WEXITSTATUS(status) : STRUCK | ENDED;
+    return {(bits & STRUCK) != 0, (bits & ENDED) == 0, (bits & DONE) != 0};
 }
 
 std::string withoutBlankEnd(std::string text) {
@@ -165,29 +134,31 @@ void expectOldOrNew(const sCase& row, eFault fault, bool linked) {
     std::string after;    // of a run without a fault
     std::string between;  // a seeding that did not come to its mark does for the new file
     int newInVain = 0;
-    for (int number = 0; number == 0 || gpRun->struck; ++number) {
+    sOutcome outcome{};
+    for (int number = 0; number == 0 || outcome.struck; ++number) {
         unlink(link.c_str());
         support::writeFile(path, row.before);
         ASSERT_EQ(0, linked ? ::link(path.c_str(), link.c_str()) : 0);
-        run(row, fault, number);
-        std::string left = support::readFile(path);
+        outcome = outcomeOf(row, fault, number);
+        const std::string left = support::readFile(path);
         if (number == 0) {
             after = between = left;
             if (row.before == UNMARKED) between.replace(0, row.before.size(), row.before);
-            ASSERT_TRUE(gpRun->result && after != row.before);
+            ASSERT_TRUE(outcome.done);
+            ASSERT_NE(row.before, after);
         }
         SCOPED_TRACE(testing::Message() << "fault " << static_cast<int>(fault) << " at call "
                                         << number << (linked ? " in place" : "") << '\n'
                                         << left);
-        const bool killed = gpRun->struck && fault == eFault::KILL;
-        EXPECT_EQ(killed || (gpRun->struck && fault == eFault::END), !gpRun->finished);
+        const bool killed = outcome.struck && fault == eFault::KILL;
+        EXPECT_EQ(killed || (outcome.struck && fault == eFault::END), !outcome.finished);
         EXPECT_TRUE(killed || access((path + ".new").c_str(), F_OK) != 0);
         const auto is = [&](const std::string& text) {
             return killed ? withoutBlankEnd(left) == withoutBlankEnd(text) : left == text;
         };
         const bool isNew = is(after) || is(between);
-        EXPECT_TRUE(isNew || (is(row.before) && !gpRun->result));
-        newInVain += isNew && gpRun->finished && !gpRun->result;
+        EXPECT_TRUE(isNew || (is(row.before) && !outcome.done));
+        newInVain += isNew && outcome.finished && !outcome.done;
     }
     EXPECT_LE(newInVain, 2);  // the folder could not be opened, or not stored
 }

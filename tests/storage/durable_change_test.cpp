@@ -31,7 +31,6 @@ TEST(DurableChange, ANewFileTakesTheNameWhereItCan) {
         const std::string& path;
         bool newFile;
     } rows[] = {
-        {"plain", [] { return 0; }, PATH, true},
         {"left by a crash",
          [] {
              support::writeFile(NEW_PATH, "longer than the file");
@@ -66,20 +65,6 @@ TEST(DurableChange, ANewFileTakesTheNameWhereItCan) {
         umount(PATH.c_str());
         std::filesystem::remove_all(FOLDER);
     }
-}
-
-// Room for one page: no new file, and the old one cannot grow.
-TEST(DurableChange, AFullDiskLeavesTheOldFileAndNothingBesideIt) {
-    std::filesystem::create_directory(FOLDER);
-    ASSERT_EQ(0, mount("small", FOLDER.c_str(), "tmpfs", 0, "size=4k"));
-    support::writeFile(PATH, "head\nbody\n");
-    const int descriptor = open(PATH.c_str(), O_RDWR);
-    EXPECT_TRUE(core_utils::changeDurably(descriptor, PATH.c_str(), 5, 5, "x\n")) << "in place";
-    const std::string large(5000, 'x');
-    EXPECT_FALSE(core_utils::changeDurably(descriptor, PATH.c_str(), 5, 2, large));
-    EXPECT_EQ("head\nx\n", support::readFile(PATH));
-    EXPECT_NE(0, access(NEW_PATH.c_str(), F_OK));
-    close(descriptor);
 }
 
 }  // namespace

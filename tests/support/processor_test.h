@@ -2,8 +2,6 @@
 #ifndef SUPPORT_PROCESSOR_TEST_H
 #define SUPPORT_PROCESSOR_TEST_H
 
-#include <sys/mount.h>
-
 #include <stdexcept>
 
 #include "config/processors/config_processor.h"
@@ -73,12 +71,6 @@ inline bool has(const std::string& text, const std::string& part) {
 }
 inline std::string replaced(std::string text, const std::string& part, const std::string& by) {
     return text.replace(text.find(part), part.size(), by);
-}
-
-// Puts `text` into a configuration folder that has no room for one more byte.
-inline void writeFullFolder(const std::string& path, const std::string& text) {
-    ASSERT_EQ(0, mount("tmpfs", configPath("").c_str(), "tmpfs", 0, "size=4k"));
-    writeFile(path, text + std::string(4095 - text.size(), '#') + '\n');
 }
 
 }  // namespace support

@@ -58,45 +58,43 @@ void expectPeriod(int milliseconds, const std::string& line, const std::function
     EXPECT_GE(cycles * milliseconds, elapsed.count() / 50);
 }
 
-TEST(AutoSaveHandler, RunningThreadSavesWhatAnotherProcessChanges) {
-    CPeer peer([](CPeerMemory& memory) {
-        memory.setDoubleVector(0, {2.5, 3});
-        memory.setByteVector(16, {1});
-        return memory.setStringVector(24, {"a", "b"});
-    });
+TEST(AutoSaveHandler, RunningThreadLoadsTheFileAndPolls) {
     writeFile(AUTO_SAVE, "[CONF_STATUS]\nSTATE=0\n");
     facade().setDevTypeInfo(1, 1, false);
-    expectPeriod<CConfigAutoSaveHandler>(1, "FAILED TO WRITE ON PRIO KEY", [&] {
+    expectPeriod<CConfigAutoSaveHandler>(1, "FAILED TO WRITE ON PRIO KEY", [] {
         ASSERT_TRUE(waitForFile(AUTO_SAVE, "STATE=1"));
-        EXPECT_EQ(0, peer.run());
-        for (const char* part : {"VOL_LVL=2.500000,3.000000\n", "OUT_MOD=1\n", "SSID=a,b\n"})
-            EXPECT_TRUE(waitForFile(AUTO_SAVE, part)) << part;
         shared().setStringVector(25, {""});
     });
 }
 
-TEST(AutoSaveHandler, StoredValuesDriveTheComparison) {
+TEST(AutoSaveHandler, StoredValuesDriveTheComparisonWhichAllocatesNothing) {
     struct CHandler : CConfigAutoSaveHandler {
         using CConfigAutoSaveHandler::saveChanges;
     } handler;
+    const std::string longText(60, 's');
     writeFile(AUTO_SAVE, "");
     facade().saveDblValues(0, {1, 2});
     facade().saveDblValues(2, {4});
     facade().saveSelValues(7, {1});
-    facade().saveStrValues(24, {"s"});
+    facade().saveStrValues(24, {longText});
     shared().setDoubleVector(0, {1, 2, 3});
     shared().setByteVector(7, {1, 2});
+    shared().setStringVector(24, {longText});
     shared().setDoubleVector(1, {9});
     shared().setDoubleVector(2, {});
     const std::string before = readFile(AUTO_SAVE);
     const auto written = std::filesystem::last_write_time(AUTO_SAVE);
-    EXPECT_EQ("", printedBy([&] { handler.saveChanges(); }));
+    countAllocations();
+    handler.saveChanges();
+    EXPECT_EQ(0, allocations());
     EXPECT_EQ(before, readFile(AUTO_SAVE)) << "longer, never stored, empty, absent: no differences";
     EXPECT_EQ(written, std::filesystem::last_write_time(AUTO_SAVE)) << "no write at all";
     shared().setDoubleVector(0, {1});
+    shared().setByteVector(7, {3});
     shared().setStringVector(24, {"t", "u"});
     handler.saveChanges();
-    EXPECT_EQ(replaced(replaced(before, ",2.000000", ""), "=s", "=t,u"), readFile(AUTO_SAVE))
+    const std::string bytes = replaced(before, "=1\n", "=3\n");
+    EXPECT_EQ(replaced(replaced(bytes, ",2.000000", ""), longText, "t,u"), readFile(AUTO_SAVE))
         << "shorter and other values are";
 
     const std::string dump = printedBy([&] { handler.printConfData(); });
@@ -108,20 +106,19 @@ TEST(AutoSaveHandler, StoredValuesDriveTheComparison) {
     }
 }
 
-TEST(PresetHandler, RunningThreadSavesThePresetThatAnotherProcessChanges) {
-    const auto change = [](core_utils::CSharedMemory& memory, int number) {
-        Bytes states = memory.getByteVector(31 + 2 * number);
+TEST(PresetHandler, RunningThreadSavesThePresetThatChanges) {
+    const auto change = [](int number) {
+        Bytes states = shared().getByteVector(31 + 2 * number);
         states.at(17) = 9;
-        return memory.setByteVector(31 + 2 * number, states);
+        shared().setByteVector(31 + 2 * number, states);
     };
-    CPeer peer(
-        [&](CPeerMemory& memory) { return memory.setDoubleVector(32, {}) && change(memory, 3); });
     const std::string vanishing = "[INSTRUMENT_SETTING_1_35_VOLTS_DEV]\nVoltageSet=9,9\n[";
     writeFile(PRESET, vanishing + "INSTRUMENT_SETTING_3_35_VOLTS_DEV]\nVoltageSet=1.5,2.5\n");
     facade();
     expectPeriod<CConfigPresetHandler>(5, "FileConfig[1],Failed to open", [&] {
         ASSERT_TRUE(waitUntil([] { return bytesIn(41) != ""; })) << "all presets are loaded";
-        EXPECT_EQ(0, peer.run());
+        shared().setDoubleVector(32, {});
+        change(3);
         ASSERT_TRUE(waitForFile(PRESET, "ChFusionCurrentSet"));
         const std::string file = readFile(PRESET);
         EXPECT_TRUE(has(file, "\nChnConnMode=0,9\n"));
@@ -133,7 +130,7 @@ TEST(PresetHandler, RunningThreadSavesThePresetThatAnotherProcessChanges) {
                 EXPECT_EQ(0U, readFile(PRESET).find(vanishing)) << "what vanished is kept";
                 shared().setDoubleVector(32, shared().getDoubleVector(34));
             }
-            change(shared(), number);
+            change(number);
             const std::string section = "SETTING_" + std::to_string(number) + "_35_VOLTS_DEV]\n";
             ASSERT_TRUE(waitForFile(PRESET, section + "ChFusionCurrentSet")) << number;
         }
@@ -142,21 +139,26 @@ TEST(PresetHandler, RunningThreadSavesThePresetThatAnotherProcessChanges) {
     });
 }
 
-TEST(PresetHandler, PresetsThatDifferInOneByteAreNotEqual) {
-    CConfigPresetHandler handler;
+TEST(PresetHandler, ComparesEveryByteAndAllocatesNothing) {
+    struct CHandler : CConfigPresetHandler {
+        using CConfigPresetHandler::saveIfChanged;
+    } handler;
     for (std::size_t byte = 0; byte < offsetof(sPresetBlock, ucChnConnMode) + 2; ++byte) {
         sPresetBlock block{};
         reinterpret_cast<unsigned char*>(&block)[byte] = 1;
         EXPECT_FALSE(handler.isPresetEqual(block, {})) << byte;
     }
-    sPresetBlock block{};
-    block.fFuseDelay[1] = -0.0F;
-    EXPECT_TRUE(handler.isPresetEqual(block, {}));
-    block.fFuseDelay[1] = NAN;
-    EXPECT_FALSE(handler.isPresetEqual(block, block));
+    writeFile(PRESET, "");
+    facade().loadPresetConfig();
+    ASSERT_NE("", bytesIn(41));
+    countAllocations();
+    for (int number = 1; number <= 5; ++number)
+        handler.saveIfChanged(number);
+    EXPECT_EQ(0, allocations());
+    EXPECT_EQ("", readFile(PRESET));
 }
 
-TEST(PollingHandlers, SaveWhatAPeerDiedInOnlyWhenItHasStood) {
+TEST(AutoSaveHandler, SaveWhatAPeerDiedInOnlyWhenItHasStood) {
     struct CHandler : CConfigAutoSaveHandler {
         using CConfigAutoSaveHandler::saveChanges;
     } handler;
@@ -187,36 +189,6 @@ TEST(PollingHandlers, SaveWhatAPeerDiedInOnlyWhenItHasStood) {
     shared().setDoubleVector(0, {7.0, 8.0});
     handler.saveChanges();
     EXPECT_TRUE(has(readFile(AUTO_SAVE), "VOL_LVL=7")) << "once settled, at once";
-}
-
-TEST(PollingHandlers, AllocateNothingWhileNothingChanges) {
-    writeFile(AUTO_SAVE, "[CONF_STATUS]\nSTATE=0\n");
-    writeFile(PRESET, "");
-    facade().setDevTypeInfo(1, 2, false);
-    printedBy([&] { facade().loadAutoSaveConfig() && facade().loadPresetConfig(); });
-    const std::string longText(60, 's');
-    EXPECT_TRUE(facade().saveStrValues(24, {longText}));
-    shared().setStringVector(24, {longText});
-
-    struct CAutoSave : CConfigAutoSaveHandler {
-        using CConfigAutoSaveHandler::saveChanges;
-    } autoSave;
-    struct CPreset : CConfigPresetHandler {
-        using CConfigPresetHandler::saveIfChanged;
-    } preset;
-    const std::string before = readFile(AUTO_SAVE);
-    countAllocations();
-    for (int cycle = 0; cycle < 3; ++cycle) {
-        autoSave.saveChanges();
-        for (int number = 1; number <= 5; ++number)
-            preset.saveIfChanged(number);
-    }
-    EXPECT_EQ(0, allocations());
-    EXPECT_EQ(before, readFile(AUTO_SAVE));
-
-    shared().setStringVector(24, {longText + 's'});
-    autoSave.saveChanges();
-    EXPECT_EQ(replaced(before, longText, longText + 's'), readFile(AUTO_SAVE)) << "it was compared";
 }
 
 TEST(OneShotHandlers, LoadTheirFilesAndPrintThem) {

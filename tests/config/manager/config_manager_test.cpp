@@ -31,7 +31,9 @@ TEST(ConfigManager, IdentityAndDeviceStringFollowFromOneAnother) {
         {{0, 0}, "KOL_1CH", {3, 1}},
         {{0, 0}, "anything", {1, 2}},
     };
+    auto& facade = *CSingletonHxlConfigHandler::getInstance();
     CConfigManager first;
+    EXPECT_EQ(0, settlingTimeMs("UNKNOWN"));
     EXPECT_EQ(Identity(0, 0), identityOf(first)) << "no object yet";
     for (const auto& row : rows) {
         CConfigManager manager;
@@ -40,28 +42,15 @@ TEST(ConfigManager, IdentityAndDeviceStringFollowFromOneAnother) {
         } else {
             EXPECT_TRUE(manager.setDevTypeInfo(row.set.first, row.set.second, false));
             EXPECT_EQ(row.set, identityOf(manager));
+            facade.setDevTypeInfo(row.set.first, row.set.second, false);
+            EXPECT_EQ(row.set.second == 2, facade.isDualChannel());
+            EXPECT_EQ(0, settlingTimeMs(row.text));
         }
         EXPECT_EQ(row.text, textsIn(48));
         CConfigManager reader;
         EXPECT_EQ(row.read, identityOf(reader)) << row.text;
         EXPECT_EQ(Identity(1, 1), identityOf(first)) << "kept once it is known";
     }
-}
-
-TEST(ConfigManager, TextsSettleLongerIfTheyArePrefixesOfKnownOnes) {
-    EXPECT_EQ(0, settlingTimeMs(""));
-    EXPECT_EQ(0, settlingTimeMs("UNKNOWN"));
-    EXPECT_EQ(0, settlingTimeMs("35_VOLTS_DEV_1CH"));
-    EXPECT_EQ(1000, settlingTimeMs("35_VOLTS_DEV_1C"));
-    EXPECT_EQ(100, settlingTimeMs("35_VOLTS_DEV_1CHx"));
-}
-
-TEST(ConfigManager, DualChannelIsTheCountOfTwo) {
-    auto& facade = *CSingletonHxlConfigHandler::getInstance();
-    facade.setDevTypeInfo(1, 1, false);
-    EXPECT_FALSE(facade.isDualChannel());
-    facade.setDevTypeInfo(1, 2, false);
-    EXPECT_TRUE(facade.isDualChannel());
 }
 
 // A peer that takes no lock is stopped in the middle of its write: new characters, old length.
@@ -122,11 +111,12 @@ TEST(ConfigManager, SyncMarkIsAddedToTheSystemFileWhichMustExist) {
 }
 
 TEST(ConfigManager, BadNumberEndsALoadInsideTheManager) {
-    CConfigManager manager;
-    writeFile(configPath("conf_auto_save.cfg"),
-              "[CONF_STATUS]\nSTATE=1\n[CONF_ITEM_DBL]\nVOL_LVL=x\n");
-    EXPECT_EQ("CConfigManager :: loadAutoSaveConfig exception : stod \n0",
-              outcomeOf([&] { return manager.loadAutoSaveConfig(); }));
+    const std::string head = "[CONF_STATUS]\nSTATE=1\n[CONF_ITEM_DBL]\nVOL_LVL=";
+    for (const char* number : {"x", "1e999"}) {
+        writeFile(configPath("conf_auto_save.cfg"), head + number);
+        EXPECT_EQ("CConfigManager :: loadAutoSaveConfig exception : stod \n0",
+                  outcomeOf([&] { return CConfigManager().loadAutoSaveConfig(); }));
+    }
 }
 
 TEST(ConfigManager, PresetAndVersionComeFromSharedMemoryOrNotAtAll) {
@@ -140,6 +130,13 @@ TEST(ConfigManager, PresetAndVersionComeFromSharedMemoryOrNotAtAll) {
     EXPECT_TRUE(manager.savePresetBlock(5, block, false));
     EXPECT_TRUE(manager.getPresetBlock(5, published, false));
     EXPECT_EQ(7, published.ucOvpMode[0]);
+
+    const std::string path = configPath("conf_preset.cfg");
+    writeFile(path, "");
+    manager.loadPresetConfig();
+    shared().setStringVector(48, {"100_VOLTS_DEV_2CH"});
+    EXPECT_TRUE(manager.savePresetBlock(5, block, true));
+    EXPECT_TRUE(has(readFile(path), "_5_100_VOLTS_DEV]")) << "it asks for the identity";
 
     std::string version = "kept";
     EXPECT_FALSE(manager.getChnFwVersion(version));

@@ -33,14 +33,12 @@ TEST(ShippedFiles, LoadWithoutAFailureLineAndHoldTheDefaults) {
 
         CProcessorOn<CConfigPresetProcessor> preset(board.devType);
         EXPECT_EQ("1", load(preset));
-        Texts loaded;
-        for (int number = 1; number <= 5; ++number)
-            loaded.push_back(presetIn(number));
+        const auto presets = [] {
+            return presetIn(1) + presetIn(2) + presetIn(3) + presetIn(4) + presetIn(5);
+        };
+        const std::string loaded = presets();
         preset.LoadDefaults();
-        Texts defaults;
-        for (int number = 1; number <= 5; ++number)
-            defaults.push_back(presetIn(number));
-        EXPECT_EQ(defaults, loaded);
+        EXPECT_EQ(presets(), loaded);
 
         CProcessorOn<CConfigDevVarSystemProcessor> variant(board.devType), bare(board.devType);
         EXPECT_EQ("CConfigDevVarSystemProcessor dev type : " + std::to_string(board.devType) +

@@ -1,5 +1,4 @@
 #include "config/records/current_sharing_data.h"
-#include "config/records/drift_correction_data.h"
 #include "config/records/service_setting_data.h"
 #include "support/processor_test.h"
 
@@ -24,8 +23,6 @@ TEST(Records, CompositeNumbersAreZeroBelowTheNeededCount) {
     const auto of = [](std::size_t count) { return CConfAutoSaveDataDbl(1, Doubles(count, 1.1)); };
     EXPECT_EQ(0.0F, CConfServiceSetingData(27, of(10)).GetNumbers()[0]);
     EXPECT_EQ(1.1F, CConfServiceSetingData(27, of(12)).GetNumbers()[10]);
-    EXPECT_EQ(0.0, CConfDriftCorrectionData(28, of(7)).GetNumbers()[0]);
-    EXPECT_EQ(1.1, CConfDriftCorrectionData(28, of(8)).GetNumbers()[7]);
     EXPECT_EQ(0.0, CConfCurrentSharingData(29, of(3)).GetNumbers()[0]);
     EXPECT_EQ(1.1, CConfCurrentSharingData(29, of(5)).GetNumbers()[4]);
 }
