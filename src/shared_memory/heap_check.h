@@ -1,6 +1,6 @@
-// Whether Boost's bookkeeping of a segment can be followed: its blocks, the tree of the free ones,
-// the index of the named objects. A plain peer that dies leaves it at any instruction. What is
-// found here is what Boost's own code then relies on; nothing is mended.
+// Checks Boost's bookkeeping of a segment: the heap's blocks, the tree of its free blocks, and the
+// index of the named objects. A plain peer, one without this library, may have died at any
+// instruction of a change. Only what passes may be handed to Boost's code. Nothing is repaired.
 #ifndef SHARED_MEMORY_HEAP_CHECK_H
 #define SHARED_MEMORY_HEAP_CHECK_H
 
@@ -11,42 +11,44 @@
 
 namespace core_utils {
 
-// A block of the heap, its bookkeeping included, as offsets in the segment.
+// A block of the heap with its header, as offsets in the segment.
 struct sBlock {
     std::uint32_t begin;
     std::uint32_t end;
-    std::uint32_t memory;  // what allocate() returned, if it is allocated
+    std::uint32_t memory;  // what allocate() returned; only of an allocated block
     bool isAllocated;
 
-    // An allocated block's memory reaches over the first word of the next one's bookkeeping.
+    // The memory of an allocated block includes the first word of the next block's header.
     std::uint32_t memoryEnd() const { return end + sizeof(SegmentManager::size_type); }
 };
 
-// In the order of their offsets. Finding one by its memory takes a binary search.
+// All blocks of the heap, in the order of their offsets. Finding one takes a binary search.
 class CBlocks {
   public:
-    // Under the heap's lock, or of a private copy. Throws std::logic_error over a damaged heap.
+    // Call it with the heap's lock held, or on a private copy. Throws std::logic_error if the heap
+    // is damaged.
     explicit CBlocks(const sArea& area);
 
     const std::vector<sBlock>& all() const { return mBlocks; }
 
-    // Where the memory that begins at `memory` ends; 0 if none does that has been allocated.
+    // The end of the allocated memory that begins at `memory`; 0 if no such memory is allocated.
     std::uint32_t endOf(std::uint32_t memory) const;
 
-    // True if the memory that begins at `memory` has been allocated, with `bytes` bytes at least.
+    // True if at least `bytes` bytes are allocated at `memory`.
     bool isAllocated(std::uint32_t memory, std::size_t bytes) const;
 
   private:
     std::vector<sBlock> mBlocks;
 };
 
-// Bytes at a block's beginning that are the heap's, free or not.
+// Size in bytes of the header of an allocated or a free block.
 std::size_t sizeOfBlockHeader(bool isAllocated);
-// Offset of the block that ends the heap, and has only a header.
+// Offset of the block that ends the heap; it consists of a header only.
 std::uint32_t heapEnd(const sArea& area);
 
-// The index of the objects; under the segment's lock, or of a private copy. Without `blocks` an
-// object is only known to lie in the segment. Throws std::logic_error over a damaged index.
+// Checks the index of the objects. Call it with the segment's lock held, or on a private copy. With
+// `blocks`, each object must lie in allocated memory; if null, anywhere in the segment. Throws
+// std::logic_error if the index is damaged.
 void checkIndex(const sArea& area, const CBlocks* blocks);
 
 }  // namespace core_utils

@@ -1,4 +1,4 @@
-// Whether the thread that holds a lock still lives, as /proc and the kernel tell it.
+// Finds out from /proc and the kernel whether the thread that holds a lock is alive.
 #ifndef SHARED_MEMORY_LOCK_HOLDER_H
 #define SHARED_MEMORY_LOCK_HOLDER_H
 
@@ -8,14 +8,14 @@ namespace core_utils {
 
 pid_t currentThread();
 
-// True if there is no such thread, if it has ended and nobody has asked for its status yet, or if
-// its process has not mapped the memory object `segment`: then its number was used again. What
-// cannot be found out counts as alive; so does a stopped thread.
+// True if there is no such thread, if it is a zombie, or if its process has not mapped the memory
+// object with the inode number `segment`: its number was then used again. A thread that is stopped,
+// or cannot be examined, counts as alive.
 //
-// A thread of a process that this one cannot see, in a PID namespace beside or above, looks dead.
+// A thread in a PID namespace that this process cannot see looks dead.
 bool isDead(pid_t thread, ino_t segment);
 
-// False only if the process's map can be read and does not have the memory object.
+// False only if the process's memory map can be read and does not contain the memory object.
 bool mayHaveMapped(pid_t process, ino_t segment);
 
 }  // namespace core_utils

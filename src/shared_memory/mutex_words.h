@@ -1,13 +1,14 @@
-// Who holds a process-shared mutex: the only place that knows what the C libraries keep in one.
+// The words of a process-shared mutex, which tell who holds it. Only this file depends on the
+// layouts of the C libraries.
 //
 //             glibc                           musl, recursive            musl, plain
 //   free      __lock 0                        word 0                     word 0
 //   held      __lock 1 or 2, __owner: thread  word: thread               word 16
-//   no name   __lock 1 or 2, __owner 0: its   never                      always
-//             holder is taking or leaving it
+//   no owner  __lock 1 or 2, __owner 0: its   never                      always
+//   named     holder locks or unlocks it now
 //   died      as held                         bit 30, by the kernel      as held
 //
-// A recursive one counts its holder's locks: from 1 in glibc, from 0 in musl.
+// A recursive mutex counts how often its holder has locked it: from 1 in glibc, from 0 in musl.
 #ifndef SHARED_MEMORY_MUTEX_WORDS_H
 #define SHARED_MEMORY_MUTEX_WORDS_H
 
@@ -21,12 +22,12 @@ namespace core_utils {
 
 struct sMutexHolder {
     bool isLocked = false;
-    bool isDead = false;  // the kernel says so
-    pid_t thread = 0;     // 0 if the mutex does not name it
-    int word = 0;         // what names the holder, as it was seen
+    bool isDead = false;  // the kernel has marked the mutex
+    pid_t thread = 0;     // 0 if the mutex names no owner
+    int word = 0;         // the word that names the owner, as it was read
 };
 
-// Any other C library: nothing is known, nothing can be taken over.
+// Any other C library: the layout is unknown, and no lock can be taken over.
 template <typename Mutex, typename = void>
 struct sMutexWords {
     static constexpr bool ARE_KNOWN = false;
@@ -60,18 +61,19 @@ struct sMutexWords<Mutex, std::enable_if_t<sizeof(Mutex::__data) != 0>> {
         return holder;
     }
 
-    // True for one of all who claim the mutex of the same dead holder.
+    // Makes `thread` the owner in place of a dead holder. Of several threads that try, one
+    // succeeds.
     static bool claim(Mutex& mutex, const sMutexHolder& holder, pid_t thread) {
         if (!change(mutex.__data.__owner, holder.word, thread)) return false;
-        // A nameless holder that was leaving has left: nobody has died.
+        // The holder that was not named has unlocked it in the meantime: nobody has died.
         return holder.word != 0 || holderOf(mutex).isLocked ||
                !change(mutex.__data.__owner, thread, 0);
     }
 
-    // Asked by its holder, after it has locked a recursive mutex once.
+    // True if a recursive mutex counts more locks than the one that its holder has just taken.
     static bool isNested(const Mutex& mutex) { return mutex.__data.__count != 1; }
 
-    // Frees what was claimed.
+    // Unlocks a mutex that was claimed.
     static void release(Mutex& mutex) {
         mutex.__data.__count = 0;
         __atomic_store_n(&mutex.__data.__owner, 0, __ATOMIC_RELEASE);
@@ -100,8 +102,8 @@ struct sMutexWords<Mutex, std::enable_if_t<sizeof(Mutex::__u.__vi) != 0>> {
         return holder;
     }
 
-    // The word of a plain one has no room for a name. That is the heap's, which only the holder of
-    // the segment's lock claims.
+    // The word of a plain mutex cannot name an owner. The heap's mutex is plain; only the holder of
+    // the segment's lock claims it, so there is no second claimant.
     static bool claim(Mutex& mutex, const sMutexHolder& holder, pid_t thread) {
         if (isPlain(mutex)) return true;
         const auto waiters = static_cast<unsigned int>(holder.word) & WAITERS;

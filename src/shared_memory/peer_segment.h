@@ -16,42 +16,40 @@
 namespace core_utils {
 
 // An attachment of this process to the segment CONF_AUTO_SAVE_MEM. It owns the mapping, not the
-// segment: the objects outlive it and this process. Nothing here prints, except
-// for the line on standard error that tells what a dead process has damaged.
+// segment: the objects outlive it and this process. It prints nothing but a line on standard error
+// about what a dead process has damaged.
 //
-// Whole vectors: each access of an object runs under the segment's own process-shared lock, as
-// those of the daemon do, so none of them sees another's change half done. A process that writes
-// without this library and without that lock may be seen half-way. A write brings all values in or,
-// when it fails or this process dies in it, none. An access blocks while others hold the lock, for
-// at most 1 s: LOCKED then. The lock of a process that has died is taken over.
+// Locking: each access holds the segment's own process-shared lock, as the daemon's accesses do, so
+// it sees whole vectors. Only a process that writes without the lock may be seen half-way. A write
+// that fails changes nothing; one in which this process dies changes all or nothing. An access
+// waits at most 1 s for the lock and then returns LOCKED. The lock of a dead process is taken over.
 //
 // Threads: several may read, write and wait on one instance at once. Attaching, moving and
-// destroying it need it for themselves.
+// destroying it must not overlap with any other call.
 //
-// Failure: every operation tells what came of it and why. Exceptions are std::bad_alloc for this
-// process's own memory, and what the function given to update() throws.
+// Failure: every operation returns its outcome and the reason. Exceptions are std::bad_alloc if
+// this process is out of memory, and whatever the function given to update() throws.
 //
-// All processes on the segment must have one word size and one version of Boost, the one that this
-// library was built with; nothing in the segment tells them apart. A program that uses
-// Boost.Interprocess or Boost.Container itself must compile with the definitions that the target
-// AppConfig::app_config and pkg-config's app_config carry.
+// All processes on the segment must have one word size and the version of Boost that this library
+// was built with. A program that uses Boost.Interprocess or Boost.Container itself must compile
+// with the definitions that the target AppConfig::app_config and pkg-config's app_config carry.
 //
 // `Value` is double, unsigned char or std::string, as the object's row in OBJECT_DIRECTORY says.
 class CPeerSegment {
   public:
     enum class eOutcome {
         DONE,
-        NO_SEGMENT,      // none has the name, or this instance is not attached
+        NO_SEGMENT,      // the segment does not exist, or this instance is not attached
         UNUSABLE,        // the segment cannot be attached to: not finished, not permitted, no room
         REPLACED,        // the segment was removed: nobody else will see or change it any more
         UNKNOWN_OBJECT,  // the directory has no such identifier or name
         TYPE_MISMATCH,   // the directory says that the object's elements are of another type
         NO_OBJECT,       // nobody has written the object yet
-        NO_VECTOR,       // what stands under the name cannot be a vector of this type
-        FULL,            // no room in the segment; the object is as it was
-        LOCKED,          // another process keeps the lock and stands still
+        NO_VECTOR,       // the object cannot be a vector of this type
+        FULL,            // no room in the segment; the object is unchanged
+        LOCKED,          // a live process kept the lock for 1 s
         DAMAGED,         // a process without this library has died in a change; the reason says
-                         // what to do, and the object is as it was
+                         // what to do, and the object is unchanged
         TIME_OUT,        // no change within the limit
         NO_ELEMENT,      // the object has no element at the index
     };
@@ -99,12 +97,12 @@ class CPeerSegment {
     sResult attach(eWhenReplaced whenReplaced = eWhenReplaced::FAIL);
     sResult open(eWhenReplaced whenReplaced = eWhenReplaced::FAIL);
 
-    // DONE while the segment that this instance is attached to has its name. Looks at it at once,
-    // and otherwise does what every access does when it looks.
+    // DONE if the segment that this instance is attached to still has its name. Looks at the name
+    // at once, not once an interval; otherwise it does what an access does when it looks.
     sResult check() const;
 
-    // Replaces `values` by all that the object holds, in order; on failure they stay. Creates
-    // nothing.
+    // Replaces `values` by the object's elements, in order; on failure they are unchanged. Never
+    // creates an object.
     template <typename Value>
     sResult read(const sKey& key, std::vector<Value>& values) const;
 
@@ -112,31 +110,30 @@ class CPeerSegment {
     template <typename Value>
     sResult write(const sKey& key, const std::vector<Value>& values);
 
-    // Reads, changes and writes as one access, so that of two processes that change one object at
-    // the same time neither loses the other's change. `change` gets all values of the object, none
-    // if it does not exist, and leaves in it what the object is to hold: in `update<double>(...)`,
-    // `[](std::vector<double>& values) { ... }`. Nothing is written, and no object created, if it
-    // leaves the values as they were or throws; what it throws reaches the caller.
+    // Reads, changes and writes as one access, so that two processes that change one object at the
+    // same time lose nothing. `change` gets the object's values, or an empty vector if there is no
+    // object, and modifies them: `update<double>(key, [](std::vector<double>& values) { ... })`. If
+    // it leaves them as they are or throws, nothing is written or created; what it throws reaches
+    // the caller.
     //
-    // Everybody who uses the segment waits while `change` runs, the daemon included, and fails
-    // after 1 s. It must be short, wait for nothing, print nothing and not use the segment.
+    // All users of the segment, the daemon included, wait while `change` runs, and fail after 1 s.
+    // It must be short and must not wait, print or use the segment.
     template <typename Value>
     sResult update(const sKey& key, const std::function<void(std::vector<Value>&)>& change);
 
-    // Replaces one element: index 0 is channel 1 where elements are channels. Adds none:
-    // NO_ELEMENT if the object has no such index or does not exist. The type is always named:
+    // Replaces one element; where elements are channels, index 0 is channel 1. Never adds one:
+    // NO_ELEMENT if the object has no such index or does not exist. Name the type explicitly:
     // `set<double>("VOLTAGE_DATA_MEM", 1, 5)`. Blocks as write() does.
     template <typename Value>
     sResult set(const sKey& key, std::size_t index, const std::common_type_t<Value>& value);
 
-    // Removes the object, also one that is no vector. Pointers into it that others keep outside the
-    // lock lead nowhere from then on.
+    // Removes the object, whatever its type. Pointers into it that others keep dangle from then on.
     sResult remove(const sKey& key);
 
-    // Waits until the object holds something else than `values`, and puts that there. Looks at
-    // once, then once a period (at least 1 ms), so what comes and goes within one is not seen;
-    // TIME_OUT after the limit. No object is the same as one without elements. Doubles are compared
-    // bit by bit.
+    // Waits until the object's values differ from `values`, and copies them there. Looks at once
+    // and then once a period (at least 1 ms); a change that is reverted within a period is missed.
+    // TIME_OUT after the limit. An absent object equals an empty one. Doubles are compared bit by
+    // bit.
     template <typename Value>
     sResult waitForChange(const sKey& key, std::vector<Value>& values,
                           std::chrono::milliseconds period, std::chrono::milliseconds limit) const;

@@ -1,5 +1,6 @@
-// A change of the segment's heap and objects, all or nothing: Boost makes it on a private copy, and
-// what has become different there comes into the segment through the journal.
+// Changes of the heap and the objects, all or nothing: Boost's code changes a copy-on-write
+// mapping, and the bytes that differ afterwards are written to the segment through the redo
+// journal.
 #ifndef SHARED_MEMORY_SEGMENT_CHANGE_H
 #define SHARED_MEMORY_SEGMENT_CHANGE_H
 
@@ -12,21 +13,22 @@
 
 namespace core_utils {
 
-// The segment as it is now, in memory of this process alone: pages are copied as they are written.
-// Made and used under both locks. In it the heap's lock is free, and the segment's is held.
+// A copy-on-write mapping of the segment, private to this process. Both locks must be held for its
+// whole life. In the copy the heap's mutex is free and the segment's is locked.
 class CPrivateCopy {
   public:
-    // Throws std::logic_error if the heap or the index is damaged, std::bad_alloc without memory.
+    // Throws std::logic_error if the heap or the index is damaged, std::bad_alloc if this process
+    // is out of memory.
     explicit CPrivateCopy(const Segment& segment);
     CPrivateCopy(const CPrivateCopy&) = delete;
     CPrivateCopy& operator=(const CPrivateCopy&) = delete;
     ~CPrivateCopy();
 
     const sArea& area() const { return mArea; }
-    const CBlocks& blocks() const { return *mBlocks; }  // as they were before the change
+    const CBlocks& blocks() const { return *mBlocks; }  // before the change
 
-    // What has been changed in this copy. What free memory holds does not matter. The patches
-    // point into the copy.
+    // The bytes that were changed in this copy, except in free memory. The patches point into the
+    // copy.
     std::vector<sPatch> differences() const;
 
   private:
@@ -41,13 +43,14 @@ class CPrivateCopy {
     const Segment& mSegment;
     sArea mArea;
     std::optional<CBlocks> mBlocks;
-    // What the allocated memory held before the change, one block after the other. Plain peers
-    // write there without a lock at any moment: comparing with the segment would take that back.
+    // Contents of the allocated blocks before the change, one after the other. Plain peers may
+    // write to the segment without a lock: comparing with the segment itself would undo their
+    // writes.
     std::vector<unsigned char> mObjects;
 };
 
-// Under the segment's lock: runs `make` on a private copy and brings its changes in. If it throws,
-// the segment is as before.
+// Runs `make` on a private copy and writes its changes to the segment. The caller holds the
+// segment's lock. If `make` throws, the segment is unchanged.
 template <typename Make>
 auto changeStructure(Segment& segment, Make make) {
     const CHeapLock heap(segment);

@@ -1,4 +1,4 @@
-// Creates the segment in one step: other processes find all of it under its name, or nothing.
+// Creates the segment atomically: other processes find a complete one under the name, or nothing.
 #ifndef SHARED_MEMORY_SEGMENT_CREATION_H
 #define SHARED_MEMORY_SEGMENT_CREATION_H
 
@@ -9,14 +9,14 @@ namespace core_utils {
 
 inline constexpr int SEGMENT_PERMISSIONS = 0644;
 
-// If no memory object has the name `name` (with the leading "/"), makes a segment of `size` bytes
-// in a file without a name, with memory for all its pages, readable by all whatever the umask, and
-// then gives it the name. A creator that dies before leaves nothing. One that comes second leaves
-// the first one's.
+// Does nothing if the memory object `name` (with the leading "/") exists. Otherwise makes a segment
+// of `size` bytes in an unnamed file, allocates all its pages, makes it readable by all whatever
+// the umask, and then links it to the name. A creator that dies before that leaves nothing. If
+// another creator was faster, its segment stays.
 //
-// Does nothing where the system cannot do that or does not permit it: attaching with
-// open_or_create then creates the segment in several steps, or tells the reason. Throws
-// std::runtime_error if there is no room.
+// Also does nothing where the system does not support or permit this: attaching with open_or_create
+// then creates the segment in several steps, or fails with the reason. Throws std::runtime_error if
+// there is no room.
 void createSegment(const std::string& name, std::size_t size);
 
 }  // namespace core_utils

@@ -1,8 +1,8 @@
-// The journal in the segment, through which our changes come in whole: whoever dies in a change
-// leaves the old state or the new one. It is redone, never undone.
+// The redo journal in the segment. It makes the changes of this library atomic: a process that dies
+// in one leaves the old state or the new one.
 //
-//   word at byte 4  journal     the state is                  a recoverer
-//   0               none        none yet; no room for one     takes the death for a plain peer's
+//   word at byte 4  journal     meaning                       recovery
+//   0               absent      not made yet, or no room      treats the death as a plain peer's
 //   its offset      not born    the change that allocates it  applies its records
 //                               is committed
 //   its offset      0 bytes     no change, or one that is     drops it: the segment has not been
@@ -11,8 +11,8 @@
 //                               records are being applied
 //
 // A record is an offset, a size and that many bytes for the segment; applying one twice does no
-// harm. All of this is touched under the segment's lock only, except that the journal is looked for
-// when attaching. Peers that know nothing of it see an allocated block without a name.
+// harm. All operations require the segment's lock, except isProvided() and foreignDeaths(). Peers
+// without this library see an allocated block without a name.
 #ifndef SHARED_MEMORY_SEGMENT_JOURNAL_H
 #define SHARED_MEMORY_SEGMENT_JOURNAL_H
 
@@ -25,7 +25,7 @@
 
 namespace core_utils {
 
-// What to put where in the segment.
+// `size` bytes to be written at `offset` of the segment.
 struct sPatch {
     std::uint32_t offset;
     std::uint32_t size;
@@ -34,34 +34,35 @@ struct sPatch {
 
 class CSegmentJournal {
   public:
-    // Whose lock it was that has been taken over.
+    // The process whose lock has been taken over.
     struct sDeath {
-        bool isOurs;    // no plain peer's: what it changed is whole
-        bool heldHeap;  // with isOurs: it had the heap's lock too
+        bool isOurs;    // it used this library: its change is whole
+        bool heldHeap;  // it also held the heap's lock; only set with isOurs
     };
 
-    // Brings the patches in as one. Without a journal, and where it is too small, they are applied
-    // as they are: a death in the middle then leaves a part of them.
+    // Writes all patches, or none if this process dies. Without a journal, or if they do not fit
+    // into it, they are written directly: a death in the middle then leaves a part of them.
     static void apply(Segment& segment, const sPatch* patches, std::size_t count);
 
-    // Under both locks: allocates the journal if there is none and room for one.
+    // Allocates the journal if the segment does not have it and has room. Requires both locks.
     static void provide(Segment& segment);
     static bool isProvided(const Segment& segment) { return find(segment) != nullptr; }
 
-    // Notes that this library holds the lock.
+    // Record that a process with this library holds the segment's or the heap's lock.
     static void markInUse(const Segment& segment, bool inUse);
     static void markHeapInUse(const Segment& segment, bool inUse);
 
-    // For the recoverer: finishes the dead one's change.
+    // Finishes the change of the dead holder.
     static sDeath finish(Segment& segment);
+    // Deaths of plain peers with the segment's lock; 0 without a journal.
     static void countForeignDeath(const Segment& segment);
     static std::uint32_t foreignDeaths(const Segment& segment);
 
-    // The index of the objects can no longer be followed. Never taken back.
+    // The mark that the index of the objects is damaged. It is never cleared.
     static void markIndexDamaged(const Segment& segment);
     static bool isIndexDamaged(const Segment& segment);
 
-    // True if it stands between the two offsets. Its bytes are no part of a change.
+    // True if the journal lies between the two offsets. Changes leave its bytes out.
     static bool isIn(const Segment& segment, std::uint32_t begin, std::uint32_t end);
 
   private:

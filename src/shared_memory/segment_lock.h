@@ -1,10 +1,11 @@
-// The segment's two locks, which outlive their holders: every access of an object is made under the
-// segment's own, and a change of the heap under both.
+// The segment's two locks, which survive the death of their holder. Every access of an object holds
+// the segment's own lock; a change of the heap holds both.
 //
-// Taking one tries at once, then looks after 2, 4, ... 32 ms who holds it, for 1 s in all. Of a
-// dead holder one waiter takes it over, repairs what the dead one left (segment_recovery.h), lets
-// it go and queues like everybody else. A waiter that dies at that is a dead holder in its turn. A
-// holder that is stopped, or cannot be looked at, is alive.
+// Locking tries at once and then checks the holder after 2, 4, 8, 16, 32 ms and every further 32
+// ms, for 1 s in all. If the holder is dead, one waiter takes the lock over, recovers the segment
+// (segment_recovery.h), unlocks and queues like all others. If it dies in that, the next waiter
+// does the same. A holder that is stopped, or cannot be examined, counts as alive. A lock that
+// names no owner for 400 ms counts as a dead holder's.
 #ifndef SHARED_MEMORY_SEGMENT_LOCK_H
 #define SHARED_MEMORY_SEGMENT_LOCK_H
 
@@ -15,10 +16,10 @@
 
 namespace core_utils {
 
-// Holds the segment's own lock for its lifetime. Throws interprocess_exception with
-// timeout_when_locking_error if a live process keeps the lock, std::logic_error if a dead one has
-// left the index of the objects damaged. Where something had to be repaired that the owner of an
-// object must know, the destructor says so on standard error, after the lock is free.
+// Holds the segment's own lock for its lifetime. The constructor throws interprocess_exception with
+// timeout_when_locking_error if a live process keeps the lock, and std::logic_error if the index of
+// the objects is damaged. If recovery emptied an object or found damage, the destructor prints that
+// to standard error after it has unlocked.
 class CSegmentLock {
   public:
     explicit CSegmentLock(Segment& segment);
@@ -29,12 +30,13 @@ class CSegmentLock {
   private:
     void release();
 
-    CExitGate::CWork mWork;  // from before the lock is taken until it is let go
+    CExitGate::CWork mWork;  // begins before locking, ends after unlocking
     Segment& mSegment;
     std::string mRepaired;
 };
 
-// The heap's lock, under the segment's. Throws like that.
+// Holds the heap's lock; the segment's must be held already. Throws timeout_when_locking_error as
+// CSegmentLock does.
 class CHeapLock {
   public:
     explicit CHeapLock(Segment& segment);
@@ -47,11 +49,11 @@ class CHeapLock {
     bool mIsTakenOver;
 };
 
-// Under the segment's lock: frees the heap's, of which it is known that a dead one held it.
+// Unlocks the heap's lock, which a dead process held. Requires the segment's lock.
 void releaseHeapOfDead(Segment& segment);
 
-// Runs `access` under the segment's own lock, alone among all who take it. It must not print: a
-// reader of our output that stands still would stop every process that waits for the lock.
+// Runs `access` with the segment's own lock held and returns its result. `access` must not print: a
+// blocked reader of this process's output would block every process that waits for the lock.
 template <typename Access>
 auto withSegmentLock(Segment& segment, Access access) {
     const CSegmentLock lock(segment);

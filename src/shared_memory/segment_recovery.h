@@ -1,4 +1,4 @@
-// What a process does that has taken the segment's lock over from a dead one.
+// Recovery of the segment after its lock was taken over from a dead process.
 #ifndef SHARED_MEMORY_SEGMENT_RECOVERY_H
 #define SHARED_MEMORY_SEGMENT_RECOVERY_H
 
@@ -8,10 +8,10 @@
 
 namespace core_utils {
 
-// Finishes the change that a process of this library was making. After a plain peer's death it
-// looks at the heap and the index instead: an object of the directory that is no vector any more is
-// left without elements, and damage is left as it is. Returns what people should know, in whole
-// lines for standard error.
+// Finishes the change of a process that used this library. After the death of a plain peer, one
+// without it, checks the heap and the index instead: an object of the directory that is no longer a
+// vector becomes an empty one; a damaged heap or index stays as it is. Requires the segment's lock.
+// Returns what a user should know, in whole lines for standard error; empty if all is well.
 std::string recover(Segment& segment);
 
 }  // namespace core_utils

@@ -1,4 +1,4 @@
-// Keeps what a dying peer has left half written from being stored for good.
+// Keeps values that a dying peer has left half written from being saved.
 #ifndef SHARED_MEMORY_SETTLING_H
 #define SHARED_MEMORY_SETTLING_H
 
@@ -11,14 +11,14 @@
 
 namespace core_utils {
 
-// What was read lately under each key, for one thread that stores changes. A peer without the
-// library that dies with the segment's lock may leave a vector half changed and yet sound; whoever
-// starts it again gets a moment to write it whole.
+// Remembers what was last read under each key. A peer without the library that dies with the
+// segment's lock may leave a valid vector that is half changed; the delay gives its successor time
+// to write it again. An instance is for one thread.
 template <typename Value>
 class CSettling {
   public:
-    // True if `value`, just read, may be stored. After the death of such a peer that is so once it
-    // is unchanged for 100 ms, as seen by these calls, which must go on until then.
+    // True if `value`, just read, may be saved. After the death of such a peer that takes 100 ms in
+    // which all calls for the key pass the same value; keep calling until it returns true.
     bool hasSettled(int key, const Value& value) {
         const std::uint32_t deaths = CSharedMemory::foreignDeaths();
         if (deaths == 0) return true;

@@ -13,14 +13,14 @@
 
 namespace core_utils {
 
-// An instance carries the object directory; the handles of the segment are one set a process,
-// replaced by each construction and never freed.
+// All instances of a process share one attachment, which each construction replaces. Replaced
+// attachments are never freed.
 //
-// Any thread may call: an instance serialises its own accessors. Each access of an object runs
-// under the segment's own process-shared lock, so whoever takes that lock sees whole vectors. A
-// peer that does not may still be half-way through a change; what cannot be a vector inside the
-// segment is treated as not there. An access blocks for as long as others hold the lock, at most
-// 1 s, and fails then. The lock of a process that has died is taken over.
+// Any thread may call: an instance serialises its accessors. Each access holds the segment's own
+// process-shared lock, so every process that takes the lock sees whole vectors. A peer that does
+// not take it may show a half-finished change. An object that is not a vector inside the segment is
+// treated as absent. An access waits at most 1 s for the lock and then fails. The lock of a dead
+// process is taken over.
 //
 // Accessors print and return failure, they do not throw, except std::system_error for a mutex
 // that cannot be locked. `Value` is double, unsigned char or std::string.

@@ -1,8 +1,7 @@
-// The segment and the whole vectors in it: the one mechanism beneath CSharedMemory and
-// CPeerSegment. Failures of the segment itself are exceptions: those of
-// Boost.Interprocess (bad_alloc for a full one, timeout_when_locking_error for a lock that was not
-// let go within 1 s) and std::logic_error (std::length_error for more elements than any segment has
-// room for).
+// Access to whole vectors in the segment; CSharedMemory and CPeerSegment are built on it. Failures
+// of the segment are exceptions: Boost.Interprocess's bad_alloc if it is full and
+// timeout_when_locking_error if the lock was not free within 1 s, std::logic_error if it is
+// damaged, and std::length_error for more elements than any segment has room for.
 #ifndef SHARED_MEMORY_VECTOR_ACCESS_H
 #define SHARED_MEMORY_VECTOR_ACCESS_H
 
@@ -30,7 +29,7 @@ using SegmentVector = boost::container::vector<T, SegmentAllocator<T>>;
 
 inline constexpr char SEGMENT_NAME[] = "CONF_AUTO_SAVE_MEM";
 
-// What a text holds on its way into a vector; never in a finished one.
+// What a new text holds until its value is written; never seen in a finished vector.
 inline constexpr char FILL_TEXT[] = "DATA FROM TEST";
 
 // The element of a segment's vector that holds a `Value`: double, unsigned char or std::string.
@@ -45,13 +44,13 @@ struct sElementOf<std::string> {
 template <typename Value>
 using ElementOf = typename sElementOf<Value>::Type;
 
-// Attaches to the segment `name`; without one, creates it if `create` is set, else throws
+// Attaches to the segment `name`. If it does not exist, creates it if `create` is set, else throws
 // interprocess_exception with not_found_error. Throws std::runtime_error or interprocess_exception
-// for one that cannot be used.
+// if the segment cannot be used. Waits up to 1 s for another process that is creating it.
 std::unique_ptr<Segment> attachSegment(const std::string& name, bool create);
 
-// An object as its raw bytes. Boost aborts the process over a look-up by type when the object has
-// another size, and a peer may have created it as something else.
+// An object as raw bytes. Boost's look-up by type aborts the process if the object has another
+// size, and a peer may have created it with another type.
 struct sRawObject {
     unsigned char* address;
     std::size_t size;
@@ -64,8 +63,8 @@ struct sRawObject {
     }
 };
 
-// Where a vector's elements or a text's characters lie, taken once: peers may change the object
-// between a check and its use.
+// A snapshot of a vector's or a text's pointer and sizes: peers may change the object between a
+// check and its use.
 template <typename T>
 struct sElements {
     const T* first;
@@ -85,8 +84,8 @@ bool isSound(const sArea& area, const sElements<T>& elements) {
            area.contains(elements.first, elements.capacity * sizeof(T));
 }
 
-// Calls `visit` with an element where it lies: a number, or the std::string_view of a text. False,
-// and no call, for a text that leaves the segment.
+// Calls `visit` with an element in place: a number, or the std::string_view of a text. Returns
+// false without a call for a text that leaves the segment.
 template <typename Visit>
 bool visitElement(const sArea& area, const SegmentString& text, Visit visit) {
     const auto characters = elementsOf(text);
@@ -100,14 +99,15 @@ bool visitElement(const sArea&, const T& number, Visit visit) {
     return true;
 }
 
-// This and visitElements() only under the segment's lock.
+// The object `name`; its address is null if it does not exist. This and visitElements() require the
+// segment's lock.
 sRawObject findObject(const sArea& area, const std::string& name);
 
-// True if the object has a vector's size in the copy, but is broken: it becomes a vector without
-// elements. Its allocations leak.
+// Replaces the object by an empty vector and returns true, if it has the size of a vector but is
+// broken. Its allocations leak.
 bool emptyIfBroken(CPrivateCopy& copy, const sSharedObject& object);
 
-// NO_VECTOR: what stands under the name cannot be a vector of such elements inside the segment.
+// NO_VECTOR: the object cannot be a vector of such elements inside the segment.
 enum class eAccess { DONE, NO_OBJECT, NO_VECTOR };
 
 template <typename Value, typename Visit>
@@ -126,34 +126,35 @@ eAccess visitElements(const sArea& area, const std::string& name, Visit visit) {
     return eAccess::DONE;
 }
 
-// Whole vectors of a `Value` by the object's name. Each operation runs alone, and changes all or,
-// if it throws or this process dies in it, nothing.
+// Whole vectors of a `Value` by the object's name. Each operation holds the segment's lock. If it
+// throws, nothing is changed; if this process dies in it, all or nothing is.
 template <typename Value>
 struct CVectorAccess {
     using Element = ElementOf<Value>;
 
-    // Calls `visit(index, element)` for each element in place, under the lock: what
-    // withSegmentLock() forbids, it must not do, and it must not keep a text's view. Without DONE
-    // it may have been called for some elements, so that what it has gathered does not count.
+    // Calls `visit(index, element)` for each element in place, with the lock held. `visit` must not
+    // print (see withSegmentLock()) or keep a text's view. If the result is not DONE, it may have
+    // been called for some elements only: discard what it has gathered.
     template <typename Visit>
     static eAccess visit(Segment& segment, const std::string& name, Visit visit) {
         return withSegmentLock(segment,
                                [&] { return visitElements<Value>(segment.area(), name, visit); });
     }
 
-    // `out` changes only with DONE, and then holds exactly what the object does.
+    // Copies the object's values to `out`; on any result but DONE `out` is unchanged.
     static eAccess copy(Segment& segment, const std::string& name, std::vector<Value>& out);
 
     // Creates the object if there is none, and leaves exactly `values` in it.
     static eAccess assign(Segment& segment, const std::string& name,
                           const std::vector<Value>& values);
 
-    // copy and assign as one access: `change` gets the object's values, none if there is no object,
-    // and what it makes of them is assigned if it returns true. It runs under the lock.
+    // Reads, changes and writes as one access. `change` gets the object's values, or an empty
+    // vector if there is no object; if it returns true, its result is written. It runs with the
+    // lock held.
     static eAccess update(Segment& segment, const std::string& name,
                           const std::function<bool(std::vector<Value>&)>& change);
 
-    // Removes the object whatever it is. If it is not a vector, its allocations leak.
+    // Removes the object, whatever its type. If it is not a vector, its allocations leak.
     static eAccess destroy(Segment& segment, const std::string& name);
 };
 
