@@ -41,14 +41,6 @@ struct CTestHandler : core::IEvtHandler {
     std::atomic<int> miHandled{0};
 };
 
-struct CTestApplication : CApplication {
-    using CApplication::CApplication;
-    std::shared_ptr<core_utils::CWorker> createWorker() override {
-        return mpOwnWorker = CApplication::createWorker();
-    }
-    std::shared_ptr<core_utils::CWorker> mpOwnWorker;
-};
-
 // How many deliveries are in a queue that no worker serves.
 int drain(CWorkQueue& queue) {
     int items = 0;
@@ -87,7 +79,7 @@ TEST(Application, DeliversInOrderOnTheThreadOfEachHandlersQueueUntilItIsStopped)
     const std::shared_ptr<CTestHandler> handlers[] = {std::make_shared<CTestHandler>(),
                                                       std::make_shared<CTestHandler>(ownQueue)};
     const auto event = std::make_shared<CTestEvent>();
-    CTestApplication application("Test");
+    CApplication application("Test");
     EXPECT_FALSE(application.subscribe(EVENT, handlers[0]));
     EXPECT_FALSE(application.publish(event));
     EXPECT_FALSE(application.unsubscribe(EVENT, handlers[0]));
@@ -108,13 +100,15 @@ TEST(Application, DeliversInOrderOnTheThreadOfEachHandlersQueueUntilItIsStopped)
         EXPECT_NE(std::this_thread::get_id(), handler->mThread);
     }
     EXPECT_NE(handlers[0]->mThread, handlers[1]->mThread);
+    EXPECT_EQ("CApplication end: Test\n",
+              support::printedOnStderrBy([&] { EXPECT_FALSE(application.stop()); }));
+    EXPECT_TRUE(application.publish(event));
+    EXPECT_TRUE(waitUntil([&] { return handlers[1]->miHandled == 201; }));
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    EXPECT_EQ(200, handlers[0]->miHandled) << "nobody serves the default queue";
     EXPECT_TRUE(application.unsubscribe(EVENT, handlers[0]));
     EXPECT_TRUE(application.forwardToEvtMgr(handlers[1]));
     EXPECT_FALSE(application.publish(event));
-    EXPECT_EQ("CApplication end: Test\n",
-              support::printedOnStderrBy([&] { EXPECT_FALSE(application.stop()); }));
-    const core_utils::CAbsWorkerThread& thread = *application.mpOwnWorker;
-    EXPECT_TRUE(thread.isStopped());
     EXPECT_TRUE(application.start()) << "again; its destructor stops it";
 }
 

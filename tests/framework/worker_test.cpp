@@ -85,8 +85,6 @@ TEST(Worker, ExecutesOneItemAPeriodAndCanBeStartedAgain) {
             queue->pushWork(new CItem(0));
         EXPECT_TRUE(support::waitUntil([end] { return deleted == end; }));
     };
-    thread.stop();
-    EXPECT_TRUE(thread.isStopped());
     EXPECT_NE(0, thread.start());
     EXPECT_EQ(0, thread.start()) << "there is a thread already";
     EXPECT_FALSE(thread.isStopped());

@@ -2,8 +2,6 @@
 #include <filesystem>
 #include <map>
 
-#include "config/manager/hxl_config_handler.h"
-#include "host/app_config_manager.h"
 #include "support/child_process.h"
 #include "support/files.h"
 #include "support/peer.h"
@@ -114,14 +112,21 @@ TEST(Daemon, RecordsAnIdentityThatComesLaterForTheNextStartWhichWritesNothing) {
 }
 
 // A board as delivered: what a quicker peer has published must not be covered by what no file says.
-TEST(Daemon, FirstStartTakesTheIdentityThatAPeerPublishedBeforeIt) {
-    const std::string shipped = readFile(TEST_DEPLOY_DIR + PATH);
-    writeFile(PATH, shipped);
-    publish();
-    CChildProcess daemon({APP_CONFIG_MANAGER});
-    expectLines(daemon, BANNER + NO_KEY + IDENTITY);
-    expectQuietLife(daemon, RESIDENT);
-    EXPECT_EQ(shipped, readFile(PATH)) << "known at once is not written";
+TEST(Daemon, LeavesTheFileAloneIfTheIdentityIsKnownAtItsStart) {
+    const struct {
+        std::string file;
+        bool published;
+        std::string printed;
+    } rows[] = {{readFile(TEST_DEPLOY_DIR + PATH), true, NO_KEY + IDENTITY},
+                {FILE_HEAD + "BENCH_7\n", false, "Dev Type 1 Chn Count : 2 \n"}};
+    for (const auto& row : rows) {
+        unlink(SEGMENT);
+        writeFile(PATH, row.file);
+        if (row.published) publish();
+        CChildProcess daemon({APP_CONFIG_MANAGER});
+        expectLines(daemon, BANNER + row.printed);
+        EXPECT_EQ(row.file, readFile(PATH));
+    }
 }
 
 // The peer was quicker, but not done: the text that the daemon looks at first is still to change.
@@ -139,27 +144,9 @@ TEST(Daemon, RecordsAnIdentityThatWasStillBeingWrittenAtTheFirstLook) {
     }
 }
 
-TEST(Daemon, LeavesAnUnusualIdentityInTheFileThatItCameFrom) {
-    writeFile(PATH, FILE_HEAD + "BENCH_7\n");
-    CChildProcess daemon({APP_CONFIG_MANAGER});
-    expectLines(daemon, BANNER + "Dev Type 1 Chn Count : 2 \n");
-    EXPECT_EQ(FILE_HEAD + "BENCH_7\n", readFile(PATH));
-}
-
-TEST(Daemon, DescriptorsThatAreClosedAtItsStartAreTheNullDevice) {
+TEST(Daemon, NeedsNoTerminalNoReaderOfItsLinesAndNoOpenDescriptor) {
     writeFile(PATH, FILE_HEAD + "UNKNOWN\n");
-    CChildProcess daemon({APP_CONFIG_MANAGER}, {0, 1, 2});
-    awaitPolling(daemon);
-    publish();
-    EXPECT_TRUE(waitUntil(isIdentityRecorded)) << readFile(PATH);
-    const std::string descriptors = "/proc/" + std::to_string(daemon.pid()) + "/fd/";
-    for (const char* descriptor : {"0", "1", "2"})
-        EXPECT_EQ("/dev/null", std::filesystem::read_symlink(descriptors + descriptor));
-}
-
-TEST(Daemon, OutlivesItsTerminalAndTheReaderOfItsLines) {
-    writeFile(PATH, FILE_HEAD + "UNKNOWN\n");
-    CChildProcess daemon({APP_CONFIG_MANAGER});
+    CChildProcess daemon({APP_CONFIG_MANAGER}, {0, 2});
     expectLines(daemon, BANNER);
     awaitPolling(daemon);
     daemon.kill(SIGHUP);
@@ -167,6 +154,9 @@ TEST(Daemon, OutlivesItsTerminalAndTheReaderOfItsLines) {
     publish();
     EXPECT_TRUE(waitUntil(isIdentityRecorded));
     EXPECT_EQ(std::nullopt, daemon.wait(milliseconds(100)));
+    const std::string descriptors = "/proc/" + std::to_string(daemon.pid()) + "/fd/";
+    for (const char* closed : {"0", "2"})
+        EXPECT_EQ("/dev/null", std::filesystem::read_symlink(descriptors + closed));
 }
 
 // Threads print at once: only the registry's own lines have an order.
@@ -195,20 +185,6 @@ void expectInFile(const std::string& name, const std::string& part) {
     })) << part;
 }
 
-// Changes an item and a preset as a peer does, once all of both is published, and waits until the
-// file has the preset.
-void changeItemAndPreset(const Doubles& item, int preset) {
-    CPeerMemory memory;
-    const int numbers = 30 + 2 * preset;
-    EXPECT_TRUE(waitUntil(
-        [&] { return !memory.getStringVector(25).empty() && !memory.getByteVector(41).empty(); }));
-    Doubles values = memory.getDoubleVector(numbers);
-    values.at(0) = preset;
-    EXPECT_TRUE(memory.setDoubleVector(0, item) && memory.setDoubleVector(numbers, values));
-    const std::string line = "\nVoltageSet=" + std::to_string(preset) + ".000000,20.000000\n";
-    expectInFile("conf_preset.cfg", line);
-}
-
 TEST(DaemonWithAllHandlers, KeepsItsFilesOverAKillAndLeavesThoseOfTheFactoryAlone) {
     std::filesystem::copy(TEST_DEPLOY_DIR + configPath(""), configPath(""));
     writeFile(PATH, FILE_HEAD + "UNKNOWN\n");
@@ -220,17 +196,23 @@ TEST(DaemonWithAllHandlers, KeepsItsFilesOverAKillAndLeavesThoseOfTheFactoryAlon
     publish();
     expectLines(daemon, RECORDING + IDENTITY);
     expectOtherHandlers(daemon);
-    changeItemAndPreset({12, 34}, 3);
+    CPeerMemory memory;
+    // The last preset, the last item and the values of the other files.
+    for (const int id : {40, 28})
+        EXPECT_TRUE(waitUntil([&] { return !memory.getDoubleVector(id).empty(); })) << id;
+    EXPECT_TRUE(waitUntil([&] { return !memory.getStringVector(25).empty(); }));
+    EXPECT_EQ(Doubles(), memory.getDoubleVector(29)) << "the system handler never starts";
+    Doubles preset = memory.getDoubleVector(36);
+    preset.at(0) = 3;
+    EXPECT_TRUE(memory.setDoubleVector(0, {12, 34}) && memory.setDoubleVector(36, preset));
+    expectInFile("conf_preset.cfg", "\nVoltageSet=3.000000,20.000000\n");
     for (const char* part : {"STATE=1\n", "VOL_LVL=12.000000,34.000000\n", "CUR_LVL=2.030000\n"})
         expectInFile("conf_auto_save.cfg", part);
-    CPeerMemory memory;
-    EXPECT_TRUE(waitUntil([&] { return memory.getDoubleVector(28).size() == 8; }));
-    EXPECT_EQ(Doubles(), memory.getDoubleVector(29)) << "the system handler never starts";
     daemon.kill(SIGKILL);
     daemon.wait();
-    auto files = configFiles();
+    const auto files = configFiles();
     for (const char* name : {"conf_auto_save.cfg", "conf_preset.cfg", "devtype_info.cfg"})
-        expected[name] = files[name];
+        expected[name] = files.at(name);
     EXPECT_EQ(expected, files) << "the others belong to the factory";
 
     unlink(SEGMENT);
@@ -239,10 +221,8 @@ TEST(DaemonWithAllHandlers, KeepsItsFilesOverAKillAndLeavesThoseOfTheFactoryAlon
     expectOtherHandlers(next);
     CPeerMemory after;
     EXPECT_TRUE(waitUntil([&] { return after.getDoubleVector(0) == Doubles{12, 34}; }));
-    changeItemAndPreset({5, 5}, 4);
-    EXPECT_EQ(3, after.getDoubleVector(36).at(0));
-    files["conf_preset.cfg"] = readFile(configPath("conf_preset.cfg"));
-    EXPECT_EQ(files, configFiles()) << "an item that was loaded as saved is not followed";
+    EXPECT_TRUE(waitUntil([&] { return after.getDoubleVector(36) == preset; }));
+    EXPECT_EQ(files, configFiles()) << "a start writes nothing";
 }
 
 // A debugger may stop a peer anywhere, and the daemon waits for the lock that it holds.
@@ -269,35 +249,6 @@ TEST(Daemon, EndsByTheSignalThatAsksForItAlsoWhileAStoppedPeerHoldsTheLock) {
         EXPECT_EQ(0, holder.wait());
     }
     EXPECT_LT(fastest, milliseconds(150)) << "waited for the lock";
-}
-
-// Both attach at the same moment, to no segment, and use the same text from then on.
-TEST(Daemon, StartsBesideAPeerThatSetsTheIdentityAtThatMoment) {
-    writeFile(PATH, FILE_HEAD + "UNKNOWN\n");
-    const std::string started = "/dev/shm/started";
-    const auto end = steady_clock::now() + std::chrono::seconds(10);
-    for (int round = 0; round < 300 && steady_clock::now() < end; ++round) {
-        unlink(SEGMENT);
-        unlink(started.c_str());
-        CPeer peer([&](CPeerMemory& memory) {
-            while (access(started.c_str(), F_OK) != 0)
-                if (!memory.setStringVector(48, {}) ||
-                    !memory.setStringVector(48, {"100_VOLTS_DEV_2CH"}))
-                    return false;
-            return true;
-        });
-        CPeer daemon([](CPeerMemory&) {
-            CAppConfigManager registry;
-            return registry.init() && registry.start() &&
-                   hxl_config_handler::CSingletonHxlConfigHandler::getInstance()
-                           ->getDevTypeInfo() == std::pair(2, 2);
-        });
-        peer.start();
-        const int daemonStatus = daemon.run();
-        writeFile(started, "");
-        ASSERT_EQ(0, daemonStatus) << "round " << round;
-        ASSERT_EQ(0, peer.wait()) << "round " << round;
-    }
 }
 
 }  // namespace

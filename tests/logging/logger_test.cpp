@@ -59,10 +59,8 @@ TEST_F(Logger, WritesADatedFileWithOneLineForEachLostLookup) {
     core_utils::CFileConfig file;
     ASSERT_TRUE(file.open(support::configPath("test.cfg"), "rb"));
     const auto miss = [&file](const std::string& type, const char* key, auto value) {
-        const auto before = value;
         EXPECT_EQ("[CFileConfig::read " + type + "] FAILED to read [Sec]:[" + key + "]\n",
                   printedBy([&] { EXPECT_FALSE(file.read("Sec", key, value)); }));
-        EXPECT_EQ(before, value);
     };
     miss("str", "off", "5"s);
     mLogger.setLevel(4);
