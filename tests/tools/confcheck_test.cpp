@@ -106,6 +106,16 @@ TEST(Confcheck, NeitherWaitsNorReadsWhatIsNoFile) {
               confcheck({"--quiet"}));
 }
 
+// The first start adds the identity.
+TEST(Confcheck, MissesNothingButTheIdentityInTheDeliveredFiles) {
+    for (const char* type : {"1", "2", "3"}) {
+        installDelivered();
+        if (*type == '3') install(TEST_DEPLOY_DIR "/families/KOL");
+        const std::string report = confcheck({"--type", type});
+        EXPECT_EQ(report.find("(missing)"), report.rfind("(missing)")) << report;
+    }
+}
+
 TEST(Confcheck, KnowsPresetsOfTheOtherFamilyForWrong) {
     const auto wrong = [](const std::string& theirs, const std::string& ours) {
         return configPath("conf_preset.cfg") + ":1: holds the presets of the " + theirs +
