@@ -8,6 +8,7 @@
 #include <future>
 #include <iterator>
 #include <regex>
+#include <thread>
 
 #include "shared_memory/peer_segment_c.h"
 #include "support/files.h"
@@ -107,23 +108,32 @@ Doubles counted(double first, double second) {
     return values;
 }
 
-// Each process owns one counter; what is missing at the end was lost.
+// A read that failed leaves them, or leaves none.
+bool isWhole(const Doubles& values) {
+    return values.empty() || values == counted(values.at(0), values.at(1));
+}
+
+// Each process owns one counter; what is missing at the end was lost. On a busy machine a holder
+// may stand still for a second, and without a pause one process starves another.
 TEST(PeerSegment, TwoProcessesThatChangeOneObjectLoseNoUpdateAndAThirdReadsItWhole) {
     constexpr char ROUNDS_VARIABLE[] = "UPDATE_ROUNDS";
     const char* wanted = std::getenv(ROUNDS_VARIABLE);
     const int rounds = wanted != nullptr ? std::atoi(wanted) : 5000;
+    static constexpr auto PAUSE = 50us;
     CPeerMemory memory;
     ASSERT_TRUE(memory.setDoubleVector(0, counted(0, 0)));
     const auto countIn = [rounds](int counter) {
         return [rounds, counter](CPeerMemory&) {
             CPeerSegment segment;
-            bool done = !!segment.attach();
-            for (int round = 0; done && round < rounds; ++round) {
-                done = !!segment.update<double>("VOLTAGE_DATA_MEM", [&](Doubles& values) {
+            bool works = !!segment.attach();
+            for (int round = 0; works && round < rounds; std::this_thread::sleep_for(PAUSE)) {
+                const auto result = segment.update<double>(0, [&](Doubles& values) {
                     values = counted(values[0] + 1 - counter, values[1] + counter);
                 });
+                if (result) ++round;
+                works = result || result.outcome == eOutcome::LOCKED;
             }
-            return done;
+            return works;
         };
     };
     CPeer first(countIn(0));
@@ -132,11 +142,13 @@ TEST(PeerSegment, TwoProcessesThatChangeOneObjectLoseNoUpdateAndAThirdReadsItWho
     second.start();
     CPeerSegment segment;
     ASSERT_TRUE(segment.attach());
-    for (int round = 0; round < 5 * rounds; ++round) {
+    for (int round = 0; round < rounds; ++round) {
         Doubles values = memory.getDoubleVector(0);
-        ASSERT_EQ(counted(values.at(0), values.at(1)), values);
-        ASSERT_TRUE(segment.read(0, values));
-        ASSERT_EQ(counted(values.at(0), values.at(1)), values);
+        ASSERT_TRUE(isWhole(values));
+        const auto result = segment.read(0, values);
+        ASSERT_TRUE(isWhole(values));
+        ASSERT_TRUE(result || result.outcome == eOutcome::LOCKED) << result.reason;
+        std::this_thread::sleep_for(PAUSE);
     }
     EXPECT_EQ(0, first.wait());
     EXPECT_EQ(0, second.wait());
