@@ -53,9 +53,12 @@ constexpr const sSharedObject* objectOf(int id) {
     return nullptr;
 }
 
+// A loop of its own: under g++'s undefined-behaviour sanitizer the pointer above is no constant.
 constexpr bool hasElements(int id, eElement element) {
-    const sSharedObject* object = objectOf(id);
-    return object != nullptr && object->element == element;
+    for (const sSharedObject& object : OBJECT_DIRECTORY) {
+        if (object.id == id) return object.element == element;
+    }
+    return false;
 }
 
 }  // namespace core_utils
