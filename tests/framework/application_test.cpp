@@ -86,6 +86,7 @@ TEST(Application, DeliversInOrderOnTheThreadOfEachHandlersQueueUntilItIsStopped)
     EXPECT_FALSE(application.forwardToEvtMgr(handlers[0]));
     EXPECT_EQ(nullptr, application.getWorkQueue());
     EXPECT_TRUE(application.start());
+    const auto defaultQueue = application.getWorkQueue();
     core_utils::CWorker ownWorker(ownQueue, 1);
     ASSERT_TRUE(ownWorker.start());
     for (const auto& handler : handlers)
@@ -106,6 +107,7 @@ TEST(Application, DeliversInOrderOnTheThreadOfEachHandlersQueueUntilItIsStopped)
     EXPECT_TRUE(waitUntil([&] { return handlers[1]->miHandled == 201; }));
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
     EXPECT_EQ(200, handlers[0]->miHandled) << "nobody serves the default queue";
+    EXPECT_EQ(1, drain(*defaultQueue));
     EXPECT_TRUE(application.unsubscribe(EVENT, handlers[0]));
     EXPECT_TRUE(application.forwardToEvtMgr(handlers[1]));
     EXPECT_FALSE(application.publish(event));
