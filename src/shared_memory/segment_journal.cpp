@@ -127,8 +127,8 @@ void CSegmentJournal::provide(Segment& segment) {
         sizeof(sHeader));
     CPrivateCopy copy(segment);
     // Room for aligning it, and for staying clear of what the heap keeps in a free block.
-    void* block =
-        copy.area().manager->allocate(capacity + sizeof(sHeader) + 2 * ALIGNMENT, std::nothrow);
+    void* block = copy.area().manager->allocate(
+        capacity + sizeof(sHeader) + std::size_t{2} * ALIGNMENT, std::nothrow);
     if (block == nullptr) return;
     const auto offset =
         static_cast<std::uint32_t>(roundUp(copy.area().offsetOf(block) + ALIGNMENT, ALIGNMENT));

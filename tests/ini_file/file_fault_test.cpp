@@ -35,7 +35,7 @@ int gCallsLeft = 0;  // up to the fault
 void endMeanwhile() {
     std::thread([] {
         core_utils::CExitGate::close(std::chrono::seconds(10));
-        _exit(STRUCK | ENDED);
+        kill(getpid(), SIGKILL);
     }).detach();
     std::this_thread::sleep_for(std::chrono::milliseconds(2));
 }
@@ -176,7 +176,7 @@ void expectOldOrNew(const sCase& row) {
 
 TEST(FileFaults, AChangeLeavesTheOldFileOrTheNewOne) {
     // In one block, and with the value of Key in two.
-    for (const std::size_t pad : {0, 4076}) {
+    for (const std::size_t pad : {std::size_t{0}, std::size_t{4076}}) {
         const std::string before =
             "#" + std::string(pad, 'p') + "\n[Sec]\nA=1\nKey=11111111\nZ=26\n\n[Next]\n#n\nB=2\n";
         bool (*const changes[])(CFileConfig&) = {
