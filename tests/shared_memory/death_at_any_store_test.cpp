@@ -136,6 +136,7 @@ void dieAtEveryStore(const sCase (&cases)[COUNT], Judge judge) {
         CPeerMemory memory;
         memory.setStringVector(24, {"short", std::string(40, 'l')});
         memory.setDoubleVector(0, {1.0, 2.0});
+        memory.setByteVector(7, {1});
         memory.setDoubleVector(3, {8.0});  // a name as long as OPP_DATA_MEM
         const Values before = valuesOf(memory);
         row.prepare(memory);
