@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <utility>
 
@@ -25,9 +26,9 @@ class CSettling {
         const auto now = std::chrono::steady_clock::now();
         sStanding& standing = mStanding[key];
         if (standing.deaths == deaths && standing.isSettled) return true;
-        // A value with a NaN never equals its own copy; it is stored as it stands after the 100 ms.
-        const Value copy = value;
-        const bool isUnchanged = standing.value == value || !(copy == value);
+        // A value with a NaN never equals itself; it is stored as it stands after the 100 ms.
+        const bool hasNaN = !std::equal_to<>{}(value, value);
+        const bool isUnchanged = standing.value == value || hasNaN;
         if (standing.deaths != deaths || !isUnchanged) {
             standing = {deaths, false, now, value};
         }
