@@ -107,49 +107,6 @@ case_init_script() {
     echo "start, second start, restart, stop, second stop"
 }
 
-# follow FILE LINE OBJECT VALUE...: sets the object and waits for the line in the file.
-follow() {
-    file=$1
-    line=$2
-    shift 2
-    shmconf set "$@" >/dev/null || wrong "shmconf set $* ends with $?"
-    await grep -qx "$line" "$CONFIG/$file" && echo "$1 -> $file: $line"
-}
-
-case_handlers() {
-    record 35_VOLTS_DEV_2CH
-    rm -f $SEGMENT
-    app_config_manager_all >/dev/null 2>&1 &
-    await grep -qx STATE=1 $CONFIG/conf_auto_save.cfg
-    await shmconf get CNF_PM5_SEL_MEM >/dev/null
-    follow conf_auto_save.cfg VOL_LVL=12.500000,30.000000 VOLTAGE_DATA_MEM 12.5 30
-    follow conf_auto_save.cfg VOL_LVL=1.250000,30.000000 VOLTAGE_DATA_MEM 1.25 30
-    follow conf_auto_save.cfg OUT_MOD=1,0 OUTP_MODE_MEM 1 0
-    follow conf_auto_save.cfg WLAN_SSID=a-longer-name WLAN_SSID_MEM a-longer-name
-    follow conf_preset.cfg VoltageSet=1.500000,2.500000 \
-        CNF_PM2_DBL_MEM 1.5 2.5 3 4 5 6 7 8 9 10 11 12 13 14 15 16
-    follow conf_preset.cfg ChnConnMode=200,201 \
-        CNF_PM5_SEL_MEM 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 200 201
-    kill $! && wait $! 2>/dev/null
-}
-
-busy_ms() { awk '{ print ($14 + $15) * 10 }' /proc/"$1"/stat; }
-wake_ups() { awk '/ctxt_switches/ { n += $2 } END { print n }' /proc/"$1"/status; }
-
-case_load() {
-    record UNKNOWN
-    rm -f $SEGMENT
-    app_config_manager >$OUTPUT 2>&1 &
-    await is_polling $!
-    woken=$(wake_ups $!)
-    busy=$(busy_ms $!)
-    sleep 10
-    echo "waiting for 10 s: $(($(wake_ups $!) - woken)) wake-ups," \
-        "$(($(busy_ms $!) - busy)) ms of processor time"
-    awk '/^(Rss|Anonymous|Pss_Shmem):/ { print "resident: " $0 }' /proc/$!/smaps_rollup
-    kill $! && wait $! 2>/dev/null
-}
-
 for case in $(echo "$CASES" | tr , ' '); do
     echo "== $case"
     case_"$case"

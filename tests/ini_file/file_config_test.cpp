@@ -2,12 +2,13 @@
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
+#include <algorithm>
 #include <cmath>
+#include <random>
 #include <stdexcept>
 
-#include "support/allocations.h"
+#include "ini_file/chunk_reader.h"
 #include "support/files.h"
 
 namespace {
@@ -18,6 +19,43 @@ const std::string PATH = support::configPath("test.cfg");
 
 std::string filled(std::size_t length, char character = 'x') {
     return std::string(length, character);
+}
+
+TEST(ChunkReader, CutsAnyBytesIntoLinesAndPiecesOf80FromAnyPosition) {
+    std::mt19937 random(1);
+    const auto below = [&random](std::size_t limit) { return random() % limit; };
+    for (int round = 0; round < 200; ++round) {
+        SCOPED_TRACE(round);
+        const std::size_t lineLength = 1 + below(300);
+        std::string bytes(below(3 * core_utils::CChunkReader::WINDOW_SIZE), '\0');
+        for (char& byte : bytes)
+            byte = below(lineLength) == 0 ? '\n' : static_cast<char>(random());
+        support::writeFile(PATH, bytes);
+        core_utils::CLockedFile file;
+        ASSERT_TRUE(file.open(PATH.c_str(), "rb"));
+        core_utils::CChunkReader reader(file);
+        std::size_t end = below(bytes.size() + 1);
+        reader.seek(static_cast<std::int64_t>(end));
+        while (end < bytes.size()) {
+            const std::size_t begin = end;
+            end = std::min({bytes.find('\n', begin), begin + 79, bytes.size() - 1}) + 1;
+            ASSERT_TRUE(reader.next());
+            ASSERT_EQ(begin, static_cast<std::size_t>(reader.begin()));
+            ASSERT_EQ(end, static_cast<std::size_t>(reader.end()));
+            ASSERT_EQ(bytes.substr(begin, end - begin), reader.chunk());
+            ASSERT_EQ(end - begin == 80 && bytes[end - 1] != '\n', reader.isCutOff());
+        }
+        EXPECT_FALSE(reader.next());
+        EXPECT_FALSE(reader.failed());
+    }
+}
+
+TEST(ChunkReader, TellsAFailedReadFromTheEndOfTheFile) {
+    core_utils::CLockedFile file;
+    ASSERT_TRUE(file.open("/proc/self/mem", "rb"));  // nothing is mapped at its beginning
+    core_utils::CChunkReader reader(file);
+    EXPECT_FALSE(reader.next());
+    EXPECT_TRUE(reader.failed());
 }
 
 TEST(FileConfig, ReadsTheFirstTokenOfTheFirstMatchingKey) {
@@ -51,25 +89,22 @@ TEST(FileConfig, ReadsTheFirstTokenOfTheFirstMatchingKey) {
     }
 }
 
-template <typename Number>
-Number numberOf(const std::string& text) {
-    support::writeFile(PATH, "[Sec]\nKey=" + text);
-    CFileConfig file;
-    Number number = -1;
-    EXPECT_TRUE(file.open(PATH, "rb"));
-    EXPECT_TRUE(file.read("Sec", "Key", number));
-    return number;
-}
-
 TEST(FileConfig, ConvertsAsCDoesButRefusesWhatIsNoDouble) {
-    EXPECT_EQ(-3, numberOf<int>("-3.5x"));
-    EXPECT_EQ(0, numberOf<int>("text"));
-    EXPECT_EQ(-3.5F, numberOf<float>("-3.5x"));
-    EXPECT_EQ(0.0F, numberOf<float>("text"));
-    EXPECT_EQ(HUGE_VALF, numberOf<float>("1e999"));
-    EXPECT_EQ(-3.5, numberOf<double>("-3.5x"));
-    EXPECT_THROW(numberOf<double>("text"), std::invalid_argument);
-    EXPECT_THROW(numberOf<double>("1e999"), std::out_of_range);
+    support::writeFile(PATH, "[Sec]\nnumber=-3.5x\ntext=text\nhuge=1e999\n");
+    CFileConfig file;
+    ASSERT_TRUE(file.open(PATH, "rb"));
+    const auto read = [&file](const char* key, auto number) {
+        EXPECT_TRUE(file.read("Sec", key, number)) << key;
+        return number;
+    };
+    EXPECT_EQ(-3, read("number", 1));
+    EXPECT_EQ(0, read("text", 1));
+    EXPECT_EQ(-3.5F, read("number", 1.0F));
+    EXPECT_EQ(0.0F, read("text", 1.0F));
+    EXPECT_EQ(HUGE_VALF, read("huge", 1.0F));
+    EXPECT_EQ(-3.5, read("number", 1.0));
+    EXPECT_THROW(read("text", 1.0), std::invalid_argument);
+    EXPECT_THROW(read("huge", 1.0), std::out_of_range);
 }
 
 TEST(FileConfig, RewritesOnlyWhatAWriteMustChange) {
@@ -136,46 +171,36 @@ TEST(FileConfig, WritesNumbersInFullAndCreatesNothingThatIsNotWanted) {
     EXPECT_EQ("[Sec]\nB=12.500000\nA=-2147483647\n", support::readFile(PATH));
 }
 
-TEST(FileConfig, RefusesMissingArgumentsAndAFileThatIsNotOpen) {
+TEST(FileConfig, RefusesMissingArgumentsAndWhatIsNoOpenRegularFile) {
     support::writeFile(PATH, "[Sec]\nKey=1\n");
-    CFileConfig closed;
-    CFileConfig file;
-    EXPECT_FALSE(closed.open(support::configPath("none.cfg"), "r+b"));
+    const std::string fifo = support::configPath("fifo");
+    ASSERT_EQ(0, mkfifo(fifo.c_str(), 0600));
+    CFileConfig file, closed;
+    for (const std::string& path : {fifo, std::string("/dev/zero"), support::configPath("")}) {
+        for (const char* mode : {"rb", "r+b", "w+b", "a"})
+            EXPECT_FALSE(closed.open(path, mode) || closed.isOpen()) << path << ' ' << mode;
+    }
     ASSERT_TRUE(file.open(PATH, "r+b"));
     EXPECT_FALSE(file.open(PATH, "r+b")) << "the first one stays";
-    const struct {
-        CFileConfig& file;
-        const char* section = "Sec";
-        const char* key = "Key";
-    } rows[] = {{closed}, {file, nullptr}, {file, "Sec", nullptr}};
     char buffer[9];
-    for (const auto& row : rows) {
-        int size = sizeof buffer;
-        EXPECT_FALSE(row.file.readValue(row.section, row.key, buffer, &size));
+    int size = 0;
+    const auto expectRefusals = [&](CFileConfig& refusing, const char* section, const char* key) {
+        size = sizeof buffer;
+        EXPECT_FALSE(refusing.readValue(section, key, buffer, &size));
         EXPECT_EQ(-1, size);
-        EXPECT_FALSE(row.file.writeValue(row.section, row.key, "2", 1));
-        EXPECT_FALSE(row.file.removeKey(row.section, row.key));
-    }
-    int size = sizeof buffer;
+        EXPECT_FALSE(refusing.writeValue(section, key, "2", 1));
+        EXPECT_FALSE(refusing.removeKey(section, key));
+    };
+    expectRefusals(closed, "Sec", "Key");
+    expectRefusals(file, nullptr, "Key");
+    expectRefusals(file, "Sec", nullptr);
+    size = sizeof buffer;
     EXPECT_FALSE(file.readValue("Sec", "Key", nullptr, &size));
     EXPECT_FALSE(file.readValue("Sec", "Key", buffer, nullptr));
     EXPECT_FALSE(file.writeValue("Sec", "Key", nullptr, 1));
     EXPECT_EQ("[Sec]\nKey=1\n", support::readFile(PATH));
     EXPECT_TRUE(file.close());
     EXPECT_FALSE(file.close() || file.isOpen());
-}
-
-TEST(FileConfig, FailsWithoutMemoryForThePathOrTheText) {
-    support::writeFile(PATH, "[Sec]\nKey=" + filled(50));
-    CFileConfig file;
-    std::string text = "kept";
-    support::countAllocations(1);
-    EXPECT_FALSE(file.open(PATH.c_str(), "rb"));
-    support::countAllocations();
-    ASSERT_TRUE(file.open(PATH.c_str(), "rb"));
-    support::countAllocations(1);
-    EXPECT_FALSE(file.read("Sec", "Key", text));
-    EXPECT_EQ("kept", text);
 }
 
 TEST(FileConfig, ABatchReachesTheFileByItsCommitOnly) {
@@ -200,20 +225,6 @@ TEST(FileConfig, ABatchReachesTheFileByItsCommitOnly) {
     EXPECT_FALSE(closed.commit());
     EXPECT_EQ(before, support::readFile(PATH));
     EXPECT_TRUE(file.write("Sec", "Key", 4)) << "the batch has ended";
-}
-
-TEST(FileConfig, OpensRegularFilesOnlyAndWaitsForNothing) {
-    alarm(60);  // ends the program if it does wait
-    const std::string fifo = support::configPath("fifo");
-    ASSERT_EQ(0, mkfifo(fifo.c_str(), 0600));
-    for (const std::string& path : {fifo, std::string("/dev/zero"), support::configPath("")}) {
-        for (const char* mode : {"rb", "r+b", "w+b", "a"}) {
-            CFileConfig file;
-            EXPECT_FALSE(file.open(path, mode)) << path << ' ' << mode;
-            EXPECT_FALSE(file.isOpen());
-        }
-    }
-    alarm(0);
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include <signal.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <filesystem>
@@ -30,6 +31,10 @@ struct CRunning : Handler {
         EXPECT_TRUE(this->start());
     }
     ~CRunning() { core_utils::CAbsWorkerThread::stop(); }
+};
+
+struct CAutoSaveHandler : CConfigAutoSaveHandler {
+    using CConfigAutoSaveHandler::saveChanges;
 };
 
 CSingletonHxlConfigHandler& facade() {
@@ -68,9 +73,7 @@ TEST(AutoSaveHandler, RunningThreadLoadsTheFileAndPolls) {
 }
 
 TEST(AutoSaveHandler, StoredValuesDriveTheComparisonWhichAllocatesNothing) {
-    struct CHandler : CConfigAutoSaveHandler {
-        using CConfigAutoSaveHandler::saveChanges;
-    } handler;
+    CAutoSaveHandler handler;
     const std::string longText(60, 's');
     writeFile(AUTO_SAVE, "");
     facade().saveDblValues(0, {1, 2});
@@ -106,40 +109,21 @@ TEST(AutoSaveHandler, StoredValuesDriveTheComparisonWhichAllocatesNothing) {
     }
 }
 
-TEST(PresetHandler, RunningThreadSavesThePresetThatChanges) {
-    const auto change = [](int number) {
-        Bytes states = shared().getByteVector(31 + 2 * number);
-        states.at(17) = 9;
-        shared().setByteVector(31 + 2 * number, states);
-    };
-    const std::string vanishing = "[INSTRUMENT_SETTING_1_35_VOLTS_DEV]\nVoltageSet=9,9\n[";
-    writeFile(PRESET, vanishing + "INSTRUMENT_SETTING_3_35_VOLTS_DEV]\nVoltageSet=1.5,2.5\n");
+TEST(PresetHandler, RunningThreadLoadsTheFileAndPollsEachPreset) {
+    writeFile(PRESET, "");
     facade();
-    expectPeriod<CConfigPresetHandler>(5, "FileConfig[1],Failed to open", [&] {
+    expectPeriod<CConfigPresetHandler>(5, "FileConfig[1],Failed to open", [] {
         ASSERT_TRUE(waitUntil([] { return bytesIn(41) != ""; })) << "all presets are loaded";
-        shared().setDoubleVector(32, {});
-        change(3);
-        ASSERT_TRUE(waitForFile(PRESET, "ChFusionCurrentSet"));
-        const std::string file = readFile(PRESET);
-        EXPECT_TRUE(has(file, "\nChnConnMode=0,9\n"));
-        EXPECT_TRUE(has(file, "\nVoltageSet=1.500000,2.500000\n"));
-        EXPECT_EQ(vanishing.size() - 1, file.rfind('[')) << "no other preset";
-
-        for (const int number : {2, 4, 5, 1}) {
-            if (number == 1) {
-                EXPECT_EQ(0U, readFile(PRESET).find(vanishing)) << "what vanished is kept";
-                shared().setDoubleVector(32, shared().getDoubleVector(34));
-            }
-            change(number);
-            const std::string section = "SETTING_" + std::to_string(number) + "_35_VOLTS_DEV]\n";
-            ASSERT_TRUE(waitForFile(PRESET, section + "ChFusionCurrentSet")) << number;
+        for (int number = 1; number <= 5; ++number) {
+            shared().setDoubleVector(30 + 2 * number, {1.5});
+            ASSERT_TRUE(waitForFile(PRESET, "_" + std::to_string(number) + "_35_VOLTS_DEV]"));
         }
         remove(PRESET.c_str());
         shared().setDoubleVector(32, {NAN});
     });
 }
 
-TEST(PresetHandler, ComparesEveryByteAndAllocatesNothing) {
+TEST(PresetHandler, ComparesEveryByteWithoutAnAllocationAndSavesOnlyWhatDiffers) {
     struct CHandler : CConfigPresetHandler {
         using CConfigPresetHandler::saveIfChanged;
     } handler;
@@ -148,47 +132,44 @@ TEST(PresetHandler, ComparesEveryByteAndAllocatesNothing) {
         reinterpret_cast<unsigned char*>(&block)[byte] = 1;
         EXPECT_FALSE(handler.isPresetEqual(block, {})) << byte;
     }
-    writeFile(PRESET, "");
+    const std::string before = "[INSTRUMENT_SETTING_1_35_VOLTS_DEV]\nVoltageSet=9,9\n";
+    writeFile(PRESET, before);
     facade().loadPresetConfig();
-    ASSERT_NE("", bytesIn(41));
-    countAllocations();
-    for (int number = 1; number <= 5; ++number)
-        handler.saveIfChanged(number);
-    EXPECT_EQ(0, allocations());
-    EXPECT_EQ("", readFile(PRESET));
+    for (const bool changed : {false, true}) {
+        if (changed) {
+            shared().setDoubleVector(32, {});
+            shared().setByteVector(37, {7});
+        }
+        countAllocations();
+        for (int number = 1; number <= 5; ++number)
+            handler.saveIfChanged(number);
+        EXPECT_EQ(changed, allocations() > 0);
+        const std::string file = readFile(PRESET);
+        EXPECT_EQ(0U, file.find(before)) << "what vanished from the segment is kept";
+        EXPECT_EQ(changed, has(file, "\n[INSTRUMENT_SETTING_3_35_VOLTS_DEV]\n"));
+        EXPECT_EQ(changed, has(file, "\nFuseState=7,0\n"));
+        EXPECT_EQ(changed ? 2 : 1, std::count(file.begin(), file.end(), '['));
+    }
 }
 
-TEST(AutoSaveHandler, SaveWhatAPeerDiedInOnlyWhenItHasStood) {
-    struct CHandler : CConfigAutoSaveHandler {
-        using CConfigAutoSaveHandler::saveChanges;
-    } handler;
-    writeFile(AUTO_SAVE, "[CONF_STATUS]\nSTATE=0\n");
-    facade().setDevTypeInfo(1, 2, false);
-    facade().loadAutoSaveConfig();
-    shared().setDoubleVector(0, {1.0, 2.0});
-    handler.saveChanges();
-    EXPECT_TRUE(has(readFile(AUTO_SAVE), "VOL_LVL=1.000000,2.000000\n"));
-    CPeer peer([](CPeerMemory& memory) {
-        auto dieHalfWay = [&] {
-            const auto vector =
-                memory.mpSharedMemory->find<core_utils::SegmentVector<double>>("VOLTAGE_DATA_MEM");
-            vector.first->at(0) = 9.0;
-            raise(SIGKILL);
-        };
-        memory.mpSharedMemory->atomic_func(dieHalfWay);
-        return false;
-    });
-    EXPECT_EQ(-SIGKILL, peer.run());
-    handler.saveChanges();
-    EXPECT_FALSE(has(readFile(AUTO_SAVE), "VOL_LVL=9"));
-    shared().setDoubleVector(0, {9.0, 8.0});
-    handler.saveChanges();
+// Such a peer may have left a change half made.
+TEST(AutoSaveHandler, SavesOnlyWhatHasStoodAfterTheDeathOfAPeerThatHeldTheLock) {
+    CAutoSaveHandler handler;
+    const auto isSaved = [&handler](const Doubles& values) {
+        shared().setDoubleVector(0, values);
+        handler.saveChanges();
+        return has(readFile(AUTO_SAVE), "VOL_LVL=" + joinList(values) + '\n');
+    };
+    writeFile(AUTO_SAVE, "");
+    facade().saveDblValues(0, {1, 2});
+    EXPECT_TRUE(isSaved({2, 2}));
+    EXPECT_EQ(-SIGKILL, CPeer(raiseUnderLock(SIGKILL)).run());
+    EXPECT_FALSE(isSaved({9, 2}));
     std::this_thread::sleep_for(std::chrono::milliseconds(110));
-    handler.saveChanges();
-    EXPECT_TRUE(has(readFile(AUTO_SAVE), "VOL_LVL=9.000000,8.000000\n"));
-    shared().setDoubleVector(0, {7.0, 8.0});
-    handler.saveChanges();
-    EXPECT_TRUE(has(readFile(AUTO_SAVE), "VOL_LVL=7")) << "once settled, at once";
+    EXPECT_FALSE(isSaved({9, 8})) << "another value";
+    std::this_thread::sleep_for(std::chrono::milliseconds(110));
+    EXPECT_TRUE(isSaved({9, 8}));
+    EXPECT_TRUE(isSaved({7, 8})) << "once settled, at once";
 }
 
 TEST(OneShotHandlers, LoadTheirFilesAndPrintThem) {

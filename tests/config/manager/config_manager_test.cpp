@@ -141,9 +141,6 @@ TEST(ConfigManager, PresetAndVersionComeFromSharedMemoryOrNotAtAll) {
     std::string version = "kept";
     EXPECT_FALSE(manager.getChnFwVersion(version));
     EXPECT_EQ("kept", version);
-    shared().setStringVector(30, {"7.1"});
-    EXPECT_TRUE(manager.getChnFwVersion(version));
-    EXPECT_EQ("7.1", version);
 }
 
 }  // namespace

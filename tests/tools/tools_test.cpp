@@ -1,26 +1,35 @@
 #include <gtest/gtest.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
 
 #include <cmath>
 #include <cstdio>
 #include <filesystem>
-#include <sstream>
+#include <regex>
 
+#include "confcheck/config_files.h"
 #include "support/child_process.h"
 #include "support/files.h"
 #include "support/peer.h"
 
 namespace {
 
+using namespace std::string_literals;
 using namespace support;
 
 constexpr char SEGMENT_FILE[] = "/dev/shm/CONF_AUTO_SAVE_MEM";
 
-// What a shell command that may call shmconf prints, on both outputs, then its status.
+// What a shell command that may call the tools prints, on both outputs, then its status. Its folder
+// is that of the configuration files.
 std::string shell(const std::string& command) {
-    std::string script = "shmconf() {";
-    for (const std::string& word : targetCommand({TEST_SHMCONF}))
-        script += ' ' + word;
-    writeFile("/dev/shm/script", script + " \"$@\"; }\nexec 2>&1\n" + command);
+    std::string script = "exec 2>&1\ncd " + configPath("") + '\n';
+    for (const char* tool : {TEST_SHMCONF, TEST_CONFCHECK}) {
+        script += std::filesystem::path(tool).filename().string() + "() {";
+        for (const std::string& word : targetCommand({tool}))
+            script += ' ' + word;
+        script += " \"$@\"; }\n";
+    }
+    writeFile("/dev/shm/script", script + command);
     std::string out;
     FILE* pipe = popen("bash /dev/shm/script", "r");
     for (int c = std::fgetc(pipe); c != EOF; c = std::fgetc(pipe))
@@ -35,7 +44,6 @@ TEST(Shmconf, RefusalsSayWhyAndCreateAndChangeNothing) {
         const char* message;
     } rows[] = {
         {"set 0 1", 3, "there is no segment CONF_AUTO_SAVE_MEM"},
-        {"unset 0", 3, "there is no segment CONF_AUTO_SAVE_MEM"},
         {"watch 23", 2, "closest are:\n  22\tWLAN_AUTOCONN_MEM\n  24\t"},
         {"get cnf_pm1", 2, "the beginning of more than one object:\n  32\tCNF_PM1_DBL_MEM\n  33\t"},
         {"preset 1 set curr 1 2", 2, "more than one setting: CurrentSet, CurrRange"},
@@ -44,25 +52,20 @@ TEST(Shmconf, RefusalsSayWhyAndCreateAndChangeNothing) {
         {"set 0 1 0x", 2, "the value \"0x\" is not a number"},
         {"set 21 +-1", 2, "the value \"+-1\" is not a whole number from 0 to 255"},
         {"set --channel 2 0 7", 1, "VOLTAGE_DATA_MEM has no element at index 1: it holds 1"},
-        {"set --channel 0 0 7", 2, "--channel: Value 0 not in range 1 to "},
         {"set --channel 3 0 7", 1, "VOLTAGE_DATA_MEM is by channel, and there is no channel 3\n"},
         {"set --index 0 0 7 8", 2, "one element takes one value"},
         {"preset 2 set volts 1 1", 2,
          "a preset has no setting \"volts\"; the closest is VoltageSet"},
-        {"preset 6", 2, "NUMBER: Value 6 not in range 1 to 5"},
         {"--json list", 2, "no option \"--json\" before a command"},
         {"help unsett", 2, "there is no command \"unsett\"; the closest command is unset"},
     };
-    for (const bool withSegment : {false, true}) {
-        if (withSegment) CPeerMemory().setDoubleVector(0, {24.0});
-        for (const auto& [line, status, message] : rows) {
-            if (withSegment ? status == 3 : status == 1) continue;
-            const std::string result = shell(std::string("shmconf ") + line);
-            EXPECT_NE(std::string::npos, result.find(message)) << line << result;
-            EXPECT_NE(std::string::npos, result.find("\nstatus " + std::to_string(status)));
-            EXPECT_EQ(0U, result.find("shmconf: "));
-        }
-        EXPECT_EQ(withSegment, std::filesystem::exists(SEGMENT_FILE));
+    for (const auto& [line, status, message] : rows) {
+        if (status != 3) CPeerMemory().setDoubleVector(0, {24.0});
+        const std::string result = shell(std::string("shmconf ") + line);
+        EXPECT_EQ(0U, result.find("shmconf: ")) << line << result;
+        EXPECT_NE(std::string::npos, result.find(message)) << line << result;
+        EXPECT_NE(std::string::npos, result.find("\nstatus " + std::to_string(status))) << line;
+        EXPECT_EQ(status != 3, std::filesystem::exists(SEGMENT_FILE));
     }
     EXPECT_EQ(Doubles{24.0}, CPeerMemory().getDoubleVector(0));
 }
@@ -160,22 +163,14 @@ TEST(Shmconf, AChangeIsDoneAlsoWhenItsOutputGoesNowhere) {
 
 TEST(Shmconf, PrintsWhatItsPageShows) {
     CPeerMemory();
-    std::istringstream page(readFile(TEST_SHMCONF_PAGE));
-    std::string command;
-    std::string shown;
+    const std::string page = readFile(TEST_SHMCONF_PAGE);
+    const std::regex shown(R"(\$ (.*)\n((?:(?!\$ |```).*\n)*))");  // a command and its output
     int replayed = 0;
-    for (std::string line; std::getline(page, line);) {
-        const bool isCommand = line.rfind("$ ", 0) == 0;
-        if (!isCommand && line != "```") {
-            shown += line + '\n';
-            continue;
-        }
-        if (!command.empty() && command.find("watch") == std::string::npos) {
-            EXPECT_EQ(0U, shell(command).find(shown + "status")) << command << '\n' << shown;
-            ++replayed;
-        }
-        command = isCommand ? line.substr(2) : "";
-        shown.clear();
+    for (std::sregex_iterator at(page.begin(), page.end(), shown), end; at != end; ++at) {
+        const std::string command = at->str(1);
+        if (command.find("watch") != std::string::npos) continue;
+        EXPECT_EQ(0U, shell(command).find(at->str(2) + "status")) << at->str();
+        ++replayed;
     }
     EXPECT_GT(replayed, 15);
 }
@@ -232,6 +227,93 @@ TEST(Shmconf, WatchPrintsEachChangeUntilItsCountOrTheEndOfTheSegment) {
     EXPECT_EQ(0, all.wait());
     std::filesystem::remove(SEGMENT_FILE);
     EXPECT_EQ(3, one.wait());
+}
+
+const std::string DELIVER = "cp -r " TEST_DEPLOY_DIR "/etc/quenvel/config/system/. .; ";
+
+// The other files are as delivered.
+TEST(Confcheck, FindsAllThatIsWrongInTheExamplesAndChangesNothing) {
+    const struct {
+        std::string folder;
+        const char *options, *report;
+    } examples[] = {
+        {"/confcheck", "", "/report.txt"},
+        {"/confcheck", "--json $PWD/dev_var_system_config.cfg", "/dev_var_system_config.json"},
+        {"/confcheck-fresh", "--quiet", "/report.txt"},
+    };
+    for (const auto& example : examples) {
+        const std::string folder = TEST_EXAMPLES_DIR + example.folder;
+        EXPECT_EQ(readFile(folder + example.report) + "status 1",
+                  shell(DELIVER + "cp " + folder + "/* .; rm -rf /dev/shm/copy; " +
+                        "cp -r . /dev/shm/copy; confcheck " + example.options +
+                        "; status=$?; diff -r . /dev/shm/copy; exit $status"));
+    }
+}
+
+TEST(Confcheck, FindsWhatHidesALineOrASection) {
+    const std::string name = "./conf_auto_save.cfg:";
+    const auto findingsIn = [](const std::string& content) {
+        writeFile(configPath("conf_auto_save.cfg"), content);
+        return shell("confcheck --quiet conf_auto_save.cfg");
+    };
+    EXPECT_EQ(name +
+                  "1: there is no section [CONF_ITEM_STR], which a unit that does not know its "
+                  "device type reads\n" +
+                  name + "2: holds a NUL character: it counts as a blank\n" + name +
+                  "2: the value ends at its first blank: \"0\" is ignored\nstatus 1",
+              findingsIn("[CONF_STATUS]\nSTATE=1\0 0\n[CONF_ITEM_DBL]\n[CONF_ITEM_SEL]\n"s));
+    EXPECT_EQ(name + "1: without a STATE that can be read, nothing of this file is loaded\n" +
+                  name +
+                  "2: is too long and is cut after 80 characters: what follows counts as a "
+                  "header\nstatus 1",
+              findingsIn("[CONF_STATUS]\n#" + std::string(79, '.') + "[\nSTATE=1\n"));
+}
+
+TEST(Confcheck, NeitherWaitsNorReadsWhatTheDaemonCannotOpen) {
+    const std::string folder = configPath("");
+    EXPECT_EQ("status 0", shell(DELIVER + "confcheck --quiet"));
+    ASSERT_EQ(
+        0, mount(folder.c_str(), folder.c_str(), nullptr, MS_BIND, nullptr) +
+               mount(nullptr, folder.c_str(), nullptr, MS_REMOUNT | MS_BIND | MS_RDONLY, nullptr));
+    const std::string reason =
+        ":1: is on a read-only file system: the daemon, which opens it to write too, cannot load "
+        "it\n";
+    EXPECT_EQ("./conf_auto_save.cfg" + reason + "./conf_preset.cfg" + reason + "status 1",
+              shell("confcheck --quiet ."));
+    ASSERT_EQ(0, umount(folder.c_str()));
+    EXPECT_EQ("confcheck: cannot read ./conf_preset.cfg: No such file or directory\nstatus 3",
+              shell("rm conf_preset.cfg; confcheck --quiet ."));
+    EXPECT_EQ(
+        "./conf_preset.cfg:1: is a FIFO, no regular file: the daemon cannot open it\nstatus 1",
+        shell("mkfifo conf_preset.cfg; confcheck --quiet ."));
+    EXPECT_EQ("confcheck: others has the name of none of the daemon's files\nstatus 2",
+              shell("touch others; confcheck others"));
+}
+
+TEST(Confcheck, KnowsPresetsOfTheOtherFamilyForWrong) {
+    const auto wrong = [](const std::string& theirs, const std::string& ours) {
+        return "./conf_preset.cfg:1: holds the presets of the " + theirs +
+               " family, not those of " + ours + "\nstatus 1";
+    };
+    EXPECT_EQ(wrong("ZEV", "KOL"), shell(DELIVER + "confcheck --quiet --type 3 ."));
+    EXPECT_EQ(wrong("ZEV", "KOL"), shell("confcheck --quiet --family KOL ."));
+    EXPECT_EQ("device type 3, as given\nstatus 0",
+              shell("cp " TEST_DEPLOY_DIR "/families/KOL/* .; confcheck --quiet --type 3 . && "
+                    "confcheck --family KOL . | head -1"));
+    EXPECT_EQ(wrong("KOL", "ZEV"), shell("confcheck --quiet --type 1 ."));
+    EXPECT_EQ(wrong("KOL", "ZEV"), shell("confcheck --quiet --family ZEV ."));
+}
+
+TEST(Schema, PageNamesEachKeyWithItsUnit) {
+    const std::string page = readFile(TEST_CONFIGURATION_FILES_PAGE);
+    for (const auto& file : confcheck::configFiles(2)) {
+        EXPECT_NE(std::string::npos, page.find("### " + file.name));
+        for (const auto& item : file.items) {
+            const std::string unit = item.unit.empty() ? "" : " \\(([^)]* )?" + item.unit + "\\)";
+            EXPECT_TRUE(std::regex_search(page, std::regex("\\b" + item.key + "\\b" + unit)))
+                << item.key << ' ' << item.unit;
+        }
+    }
 }
 
 }  // namespace
