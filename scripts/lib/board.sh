@@ -45,7 +45,7 @@ make_initrd() {
     done
     rm -r "${root:?}/usr/share"
     install -s --strip-program=arm-linux-gnueabihf-strip -t $root/usr/bin \
-        build/arm/tests/board/board_{changes,peer} build/arm/src/app_config_manager_all
+        build/arm/tests/{shared_memory_tests,board/board_{changes,peer}}
     cp -L -t $root/lib \
         /usr/arm-linux-gnueabihf/lib/{ld-linux-armhf.so.3,lib{c,m,stdc++}.so.6,libgcc_s.so.1}
     cp $BOARD/debian/bin/busybox $root/bin
@@ -72,7 +72,7 @@ prepare_board() {
     mkdir -p $BOARD
     fetch_debian
     cmake --preset arm >/dev/null
-    cmake --build --preset arm --target src/all tools/all tests/board/all app_config_manager_all
+    cmake --build --preset arm --target src/all tools/all tests/board/all shared_memory_tests
     make_initrd
 }
 

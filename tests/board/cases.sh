@@ -1,4 +1,4 @@
-# The cases of one boot. CASES names them, with commas; ROUNDS and SEED are for the identities.
+# The cases of one boot. CASES names them, with commas; ROUNDS and SEED are for the random ones.
 # shellcheck shell=dash disable=SC3028 # BusyBox knows RANDOM
 CONFIG=/etc/quenvel/config/system
 FILE=$CONFIG/devtype_info.cfg
@@ -105,6 +105,19 @@ case_init_script() {
     if [ -e /var/run/app_config_manager.pid ]; then wrong "the stop left the pid file"; fi
     $INIT stop || wrong "a second stop ends with $?"
     echo "start, second start, restart, stop, second stop"
+}
+
+# Processes die at any moment of their accesses, on one core and with their code on the disk.
+case_kills() {
+    rm -f $SEGMENT
+    mkdir -p $COLD
+    cp /usr/bin/shared_memory_tests /lib/lib* $COLD
+    sync
+    echo 3 >/proc/sys/vm/drop_caches
+    APP_CONFIG_PRIVATE_ROOT=yes APP_CONFIG_KILLS=${ROUNDS:-100} APP_CONFIG_SEED=$SEED \
+        LD_LIBRARY_PATH=$COLD $COLD/shared_memory_tests --gtest_filter='RandomKills.*' >$OUTPUT ||
+        wrong "the test ends with $?"
+    grep ' kills' $OUTPUT
 }
 
 for case in $(echo "$CASES" | tr , ' '); do

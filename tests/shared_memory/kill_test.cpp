@@ -8,6 +8,7 @@
 #include <atomic>
 #include <chrono>
 #include <cstdlib>
+#include <filesystem>
 #include <random>
 #include <thread>
 
@@ -179,7 +180,7 @@ unsigned numberFrom(const char* variable, unsigned otherwise) {
 TEST(RandomKills, FreezeNobodyAndLeaveTheOldValuesOrTheNewOnes) {
     for (const char* name : {"conf_auto_save.cfg", "conf_preset.cfg", "devtype_info.cfg"}) {
         const std::string path = configPath(name);
-        writeFile(path, readFile(TEST_DEPLOY_DIR + path));
+        if (!std::filesystem::exists(path)) writeFile(path, readFile(TEST_DEPLOY_DIR + path));
     }
     const unsigned kills = numberFrom("APP_CONFIG_KILLS", 60);
     const auto now = steady_clock::now().time_since_epoch().count();
