@@ -21,7 +21,7 @@ class CExitGate {
         CWork& operator=(const CWork&) = delete;
         ~CWork() { leave(); }
 
-        // While nothing is half done yet: out and in again, so that the end need not wait.
+        // Call it while nothing has been changed yet: a pending close() takes effect here.
         void renew() {
             leave();
             enter();

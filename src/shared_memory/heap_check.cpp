@@ -14,7 +14,7 @@ namespace bi = boost::intrusive;
 
 namespace {
 
-// Boost's own types of this are private: the same again, from the same parts.
+// Boost's own types are private; these have the same members and so the same layout.
 using Size = SegmentManager::size_type;
 using Pointer = SegmentManager::void_pointer;
 using Hook = bi::make_set_base_hook<bi::void_pointer<Pointer>, bi::optimize_size<true>,
@@ -24,7 +24,7 @@ using Node = NodeTraits::node;
 using NodePointer = NodeTraits::node_ptr;
 
 struct sBlockSizes {
-    Size previous;  // while that one is free; in units of the alignment, as the next
+    Size previous;  // size of the block before, if it is free; both sizes in units of UNIT bytes
     Size size : sizeof(Size) * CHAR_BIT - 2;
     Size isPreviousAllocated : 1;
     Size isAllocated : 1;
@@ -71,7 +71,7 @@ std::uint32_t firstBlock(const sArea& area) {
         roundUp(area.offsetOf(area.manager) + sizeof(SegmentManager)));
 }
 
-// A red-black tree whose nodes may be anything until `isNode` has said that one can be followed.
+// Checks a red-black tree. A node is read only after `isNode` has accepted its address.
 template <typename IsNode, typename IsBefore>
 class CTreeCheck {
   public:
@@ -102,7 +102,7 @@ class CTreeCheck {
         return node == nullptr || NodeTraits::get_color(NodePointer(node)) == NodeTraits::black();
     }
 
-    // In order; returns the number of black nodes on every way down.
+    // Visits the nodes in order. Returns the number of black nodes on each path down.
     int descend(Node* node, Node* parent, int depth) {
         if (node == nullptr) return 0;
         require(depth < DEEPEST && mIsNode(node) && parentOf(node) == parent, mWhat);
@@ -123,7 +123,7 @@ class CTreeCheck {
     std::size_t mCount = 0;
 };
 
-// A named object as its node in the index.
+// A node of the index is the header of its object.
 template <typename Object>
 Object* objectOf(Node* node) {
     return reinterpret_cast<Object*>(node);
@@ -144,8 +144,8 @@ bool isObject(const sArea& area, const CBlocks* blocks, Node* node) {
     return blocks == nullptr || blocks->isAllocated(area.offsetOf(node), size);
 }
 
-// The order of the index: shorter names first. (Boost's operator for two objects takes names of
-// one length for equal; the index never uses it.)
+// The order of the index: shorter names first. Boost's operator for two objects ignores the
+// characters of names of the same length; the index does not use it.
 template <typename Object>
 bool isNamedBefore(Node* a, Node* b) {
     const auto length = objectOf<Object>(a)->name_length();
@@ -159,14 +159,14 @@ void checkOneIndex(const sArea& area, const CBlocks* blocks, End end) {
     using Object = typename Index::value_type;
     const auto isNode = [&](Node* node) { return isObject<Object>(area, blocks, node); };
     Node* header = boost::movelib::to_raw_pointer(end.base().pointed_node());
-    // How far the header lies behind the index, which Boost does not show.
+    // Boost does not tell the header's distance from the index: measure it on another index.
     const Index other(nullptr);
     const auto distance = reinterpret_cast<const unsigned char*>(
                               boost::movelib::to_raw_pointer(other.cend().pointed_node())) -
                           reinterpret_cast<const unsigned char*>(&other);
     const auto* index =
         reinterpret_cast<const Index*>(reinterpret_cast<const unsigned char*>(header) - distance);
-    // A death in the middle of a rotation leaves a sound tree that lacks a part.
+    // A death in a rotation can leave a sound tree with fewer nodes than counted.
     CTreeCheck check(INDEX, isNode, isNamedBefore<Object>);
     require(check.check(header) == index->size(), INDEX);
 }

@@ -16,7 +16,7 @@ std::string processFile(pid_t process, const char* name) {
     return "/proc/" + std::to_string(process) + '/' + name;
 }
 
-// What stands after the program's name, which may hold anything.
+// The state follows the program's name, which may contain any characters.
 char stateOf(pid_t thread) {
     std::ifstream file(processFile(thread, "stat"));
     std::string line;

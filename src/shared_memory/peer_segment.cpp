@@ -41,7 +41,7 @@ template <typename Value>
 bool isSame(const std::vector<Value>& a, const std::vector<Value>& b) {
     return a == b;
 }
-// Bit by bit: a NaN never compares equal, and would be a change each time.
+// Bit by bit: a NaN never compares equal and would always count as changed.
 bool isSame(const std::vector<double>& a, const std::vector<double>& b) {
     return a.size() == b.size() &&
            (a.empty() || std::memcmp(a.data(), b.data(), a.size() * sizeof(double)) == 0);
@@ -120,7 +120,7 @@ sResult CPeerSegment::sAttachment::attach() {
     }
 }
 
-// Looks at the name first if that is `interval` ago.
+// Checks the segment's name if the last check is at least `interval` ago.
 sResult CPeerSegment::sAttachment::take(milliseconds interval, std::shared_ptr<Segment>& taken) {
     const std::lock_guard<std::mutex> lock(mutex);
     const bool due = steady_clock::now() - checked >= interval;

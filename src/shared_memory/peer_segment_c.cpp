@@ -19,7 +19,7 @@ struct peer_segment {
 
 namespace {
 
-// A fixed array, so that it can say that there is no memory.
+// A fixed array: it must be able to hold the message for lack of memory.
 thread_local char lastError[256] = "";
 
 int fail(int outcome, const std::string& reason) {

@@ -13,7 +13,7 @@ namespace {
 
 using HeapMutex = boost::interprocess::interprocess_mutex;
 
-// Two differences so close together make one patch: a patch costs a header.
+// Differences closer than this share a patch, as each patch has a header.
 constexpr std::uint32_t SMALLEST_GAP = 16;
 
 }  // namespace
@@ -67,7 +67,7 @@ void CPrivateCopy::compareObjects(std::vector<sPatch>& patches) const {
     }
 }
 
-// What the locks guard: the heap's own words, the index, and memory that has been allocated now.
+// Compares what only a holder of the locks changes: the heap's words, the index and new blocks.
 void CPrivateCopy::compareHeap(std::vector<sPatch>& patches) const {
     const std::uint32_t manager = mArea.offsetOf(mArea.manager);
     const std::size_t base = manager + sizeof(SegmentManager::segment_manager_base_type);

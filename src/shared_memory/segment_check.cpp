@@ -17,11 +17,11 @@ namespace {
 
 // The first word of a managed segment is its state: 0 and 1 until its creator has finished.
 constexpr std::uint32_t LAST_UNFINISHED_STATE = 1;
-// What may stand before the part of the segment that its header counts, in bytes.
+// Most bytes of the memory object that the segment's own size does not count.
 constexpr std::size_t LARGEST_PREFIX = 4096;
 constexpr int CREATOR_PATIENCE_MS = 1000;
 
-// An open descriptor of the segment's memory object, or none.
+// The segment's memory object, opened if it exists.
 class CSegmentFile {
   public:
     explicit CSegmentFile(const std::string& name)
@@ -58,7 +58,7 @@ class CSegmentFile {
 void waitForCreator(const CSegmentFile& file) {
     constexpr timespec ONE_MS{0, 1'000'000};
     for (int waited = 0; !file.isFinished(); ++waited) {
-        // One byte is how a creator marks a segment that it gave up; attaching reports that.
+        // A creator that gave up leaves one byte; attaching reports it.
         if (file.size() == 1) return;
         if (waited == CREATOR_PATIENCE_MS) {
             throw std::runtime_error("its creator never finished it; remove it and restart");
@@ -69,7 +69,7 @@ void waitForCreator(const CSegmentFile& file) {
 
 void requireRoom(std::size_t size) {
     struct statvfs space {};
-    // No blocks at all: the file system has no limit but the memory itself.
+    // A file system without a limit of its own has no blocks.
     if (statvfs(SHARED_MEMORY_FOLDER, &space) != 0 || space.f_blocks == 0) return;
     if (space.f_bavail * space.f_bsize < size) throw std::runtime_error("no room to create it");
 }

@@ -16,12 +16,12 @@ namespace core_utils {
 
 namespace {
 
-// What Boost puts before the segment's manager begins with the segment's state.
+// Bytes before the segment's manager. Boost keeps the segment's state in the first four.
 constexpr std::size_t PREFIX = boost::interprocess::ipcdetail::shmem_open_or_create<
     Segment::memory_algorithm>::type::ManagedOpenOrCreateUserOffset;
 constexpr std::uint32_t FINISHED = 2;
 
-// An open descriptor, or none.
+// Closes the descriptor, if it is one.
 struct sDescriptor {
     const int number;
 
@@ -56,7 +56,7 @@ void createSegment(const std::string& name, std::size_t size) {
     }
     reservePages(file.number, size);
     if (!initialise(file.number, size)) return;
-    // Fails if another creator was quicker, whose segment serves as well.
+    // Fails if another creator was faster; its segment is as good.
     linkat(AT_FDCWD, ("/proc/self/fd/" + std::to_string(file.number)).c_str(), AT_FDCWD,
            (SHARED_MEMORY_FOLDER + name).c_str(), AT_SYMLINK_FOLLOW);
 }

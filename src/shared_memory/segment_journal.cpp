@@ -11,7 +11,7 @@ namespace core_utils {
 namespace {
 
 using Word = std::atomic<std::uint32_t>;
-// Other processes share them.
+// Several processes share it.
 static_assert(Word::is_always_lock_free);
 
 // Boost keeps its state in the first four bytes and begins after at least eight.
@@ -21,7 +21,7 @@ constexpr std::uint32_t INDEX_IS_DAMAGED = 1;
 
 constexpr std::uint32_t ALIGNMENT = 64;
 constexpr std::uint32_t LARGEST_CAPACITY = 0x10000;  // bytes
-// A small segment is not filled with its journal.
+// The journal takes at most this part of a small segment: one in 20.
 constexpr std::size_t SHARE_OF_SEGMENT = 20;
 
 constexpr std::uint64_t BORN = 0x6C616E72756F4A01;
@@ -89,7 +89,8 @@ bool CSegmentJournal::write(sHeader& journal, const sPatch* patches, std::size_t
         end += bytesOf(*patch);
     }
     journal.committed.store(static_cast<std::uint32_t>(size), std::memory_order_release);
-    __sync_synchronize();  // nothing is applied before; the thread sanitizer knows no other fence
+    // Before anything is applied. The thread sanitizer does not know std::atomic_thread_fence.
+    __sync_synchronize();
     return true;
 }
 
@@ -126,7 +127,7 @@ void CSegmentJournal::provide(Segment& segment) {
                               LARGEST_CAPACITY) -
         sizeof(sHeader));
     CPrivateCopy copy(segment);
-    // Room for aligning it, and for staying clear of what the heap keeps in a free block.
+    // With room to align it, and to leave the words alone that the heap keeps in a free block.
     void* block = copy.area().manager->allocate(
         capacity + sizeof(sHeader) + std::size_t{2} * ALIGNMENT, std::nothrow);
     if (block == nullptr) return;

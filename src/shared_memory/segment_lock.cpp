@@ -25,7 +25,7 @@ namespace {
 constexpr auto FIRST_LOOK = 2ms;
 constexpr auto LONGEST_LOOK = 32ms;
 constexpr auto PATIENCE = 1000ms;
-// A live holder may have lost the processor just before it gave its name.
+// A live holder may be halted just before it enters its thread number.
 constexpr auto NAMELESS_PATIENCE = 400ms;
 
 bool isLocked(int result) {
@@ -43,8 +43,8 @@ bool waitFor(pthread_mutex_t& mutex, nanoseconds time) {
     return isLocked(pthread_mutex_timedlock(&mutex, &until));
 }
 
-// False if the mutex has been claimed of a dead holder instead of locked. `work` is what can still
-// be given up, or null.
+// Returns true if the mutex was locked, false if it was claimed from a dead holder. `work`, if not
+// null, is renewed while waiting: nothing has been changed yet.
 bool waitOrClaim(pthread_mutex_t& mutex, ino_t segment, CExitGate::CWork* work) {
     const auto begin = steady_clock::now();
     auto nameless = begin;
@@ -69,7 +69,7 @@ bool waitOrClaim(pthread_mutex_t& mutex, ino_t segment, CExitGate::CWork* work) 
 
 CSegmentLock::CSegmentLock(Segment& segment) : mSegment(segment) {
     pthread_mutex_t& mutex = segment.lock();
-    // A lock that already counts one was held by a dead thread with this one's number.
+    // Nested: a dead thread with this thread's number already held it.
     while (!(isLocked(pthread_mutex_trylock(&mutex)) || waitOrClaim(mutex, segment.id(), &mWork)) ||
            Words::isNested(mutex)) {
         try {

@@ -17,8 +17,7 @@ std::string line(const std::string& text) {
     return "shared memory [" + std::string(SEGMENT_NAME) + "]: " + text + '\n';
 }
 
-// A plain peer that dies between two instructions leaves a vector that points to freed memory, or
-// broken texts.
+// A plain peer that dies in a change may leave a vector that points to freed memory.
 std::string emptyBrokenVectors(Segment& segment, CPrivateCopy& copy) {
     std::string told;
     for (const sSharedObject& object : OBJECT_DIRECTORY) {
@@ -41,7 +40,7 @@ std::string checkAfterForeignDeath(Segment& segment) {
     } catch (const std::logic_error& error) {
         told = line(error.what());
     } catch (const boost::interprocess::interprocess_exception&) {
-        // Somebody alive keeps the heap's lock: each change of the heap will look at it.
+        // A live process keeps the heap's lock. Every later change checks the heap.
     }
     try {
         checkIndex(segment.area(), nullptr);

@@ -17,7 +17,7 @@ namespace {
 constexpr char INT_VAL_SUFFIX[] = "INT_VAL";
 constexpr char STR_VAL_SUFFIX[] = "STR_VAL";
 
-// The fixed texts of the failures with one kind of value.
+// What is printed when an access of one type of value fails.
 template <typename Value>
 struct sTexts;
 
@@ -37,7 +37,7 @@ struct sTexts<std::string> {
     static constexpr char NO_OBJECT[] = "BOOST VCTR STR IS EMPTY ";
 };
 
-// For a handler of exceptions. A damaged segment is told once a process: its users retry for ever.
+// For use in a catch block. Prints a damaged segment once a process, as callers retry for ever.
 void tellDamage() {
     static std::once_flag told;
     try {
@@ -51,8 +51,7 @@ void tellDamage() {
     }
 }
 
-// Runs an access of the segment; a full one, a damaged one, or one that somebody keeps locked, ends
-// here.
+// Runs an access and prints its exception: the segment is full, damaged or locked.
 template <typename Change>
 bool change(const Segment* segment, Change make) {
     if (segment == nullptr) return false;

@@ -15,7 +15,7 @@ namespace {
 
 constexpr std::size_t SEGMENT_SIZE = 0x140000;  // bytes
 
-// True if the object can grow without leaving the segment: it allocates there.
+// True if the object lies in the segment and allocates from it.
 template <typename Object>
 bool isWritable(const sArea& area, const Object& object) {
     return object.get_stored_allocator().get_segment_manager() == area.manager &&
@@ -68,7 +68,7 @@ bool isAllocated(const CPrivateCopy& copy, const Memory& memory) {
     });
 }
 
-// Boost's code ends the process over memory that it cannot free.
+// Boost's code aborts the process when it frees memory that is not allocated.
 template <typename T>
 void requireAllocated(const CPrivateCopy& copy, const SegmentVector<T>& vector) {
     if (!isAllocated(copy, memoryOf(elementsOf(vector)))) {
@@ -92,7 +92,7 @@ void fill(SegmentVector<SegmentString>& vector, const std::vector<std::string>& 
     }
 }
 
-// What turns the elements into the values where they stand. False if that takes other memory.
+// The patches that overwrite the elements in place. False if the values need other memory.
 template <typename T>
 bool patchesOf(const sArea& area, const sElements<T>& elements, const std::vector<T>& values,
                std::vector<sPatch>& patches) {
@@ -114,7 +114,7 @@ bool patchesOf(const sArea& area, const sElements<SegmentString>& texts,
     return true;
 }
 
-// The rest only under the segment's lock.
+// All that follows requires the segment's lock.
 template <typename Value>
 eAccess copyValues(const sArea& area, const std::string& name, std::vector<Value>& out) {
     std::vector<Value> values;
@@ -169,7 +169,7 @@ bool emptyIfBroken(CPrivateCopy& copy, SegmentVector<T>* vector) {
     return !isVector;
 }
 
-// In vain while somebody keeps a lock, or in a damaged segment: each access tells of that.
+// Does nothing if a live process keeps a lock or the segment is damaged: each access reports that.
 void provideJournal(Segment& segment) {
     if (CSegmentJournal::isProvided(segment)) return;
     try {
@@ -252,7 +252,7 @@ eAccess CVectorAccess<Value>::destroy(Segment& segment, const std::string& name)
             requireAllocated(copy, *vector);
             memory = memoryOf(elementsOf(*vector));
         }
-        // No destructor runs: one that meets a damaged segment would end the process.
+        // Runs no destructor: in a damaged segment it would abort the process.
         area.manager->destroy<unsigned char>(name.c_str());
         for (const sMemory& part : memory)
             area.manager->deallocate(const_cast<void*>(part.first));

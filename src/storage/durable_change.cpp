@@ -52,7 +52,7 @@ bool store(int descriptor) {
     return fsync(descriptor) == 0;
 }
 
-// The bytes at `offset` that give way, and what takes their place.
+// `before` at `offset` is replaced by `after`.
 struct sChange {
     std::int64_t offset;
     std::string_view before;
@@ -61,7 +61,7 @@ struct sChange {
     std::int64_t endBefore() const { return offset + static_cast<std::int64_t>(before.size()); }
     std::int64_t endAfter() const { return offset + static_cast<std::int64_t>(after.size()); }
 
-    // Takes away what both have in common.
+    // Leaves out what both have in common: the beginning, and the end of texts of one length.
     void trim() {
         const auto first = std::mismatch(before.begin(), before.end(), after.begin(), after.end());
         const auto prefix = static_cast<std::size_t>(first.first - before.begin());
@@ -75,7 +75,7 @@ struct sChange {
         }
     }
 
-    // Whether storage takes it in one piece.
+    // True if storage takes it as one write of one block.
     bool isOneWrite(std::int64_t block) const {
         return before.size() == after.size() && offset / block == (endAfter() - 1) / block;
     }
@@ -96,7 +96,7 @@ bool changeInPlace(int descriptor, const sChange& change) {
         (!shrinks || (ftruncate(descriptor, change.endAfter()) == 0 && store(descriptor)));
     if (changed) return true;
     writeAt(descriptor, change.offset, change.before);
-    // Behind a change of one length the file goes on.
+    // Undo. A change of length always reaches to the end of the file, another does not.
     if (lengthBefore == lengthAfter || ftruncate(descriptor, change.endBefore()) == 0)
         store(descriptor);
     return false;
@@ -115,7 +115,7 @@ bool copy(int from, int to, std::int64_t begin, std::int64_t end) {
 
 // Gives the empty file `to` the attributes and the changed content of the file `from`.
 bool fill(int to, int from, const struct stat& status, const sChange& change) {
-    // Behind a change of another length nothing follows.
+    // A change of length always reaches to the end of the file: the last copy is then empty.
     return fchown(to, status.st_uid, status.st_gid) == 0 &&
            fchmod(to, status.st_mode & 07777) == 0 && copy(from, to, 0, change.offset) &&
            writeAt(to, change.offset, change.after) &&
@@ -143,7 +143,7 @@ eNewFile changeByNewFile(int descriptor, const char* path, const struct stat& st
         return eNewFile::IMPOSSIBLE;
     }
     std::snprintf(name, sizeof name, "%s.new", target);
-    unlink(name);  // what a crash has left
+    unlink(name);  // from an earlier crash
     const int created = ::open(name, O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);
     if (created < 0) return eNewFile::IMPOSSIBLE;
     const bool renamed =
@@ -166,7 +166,7 @@ bool changeDurably(int descriptor, const char* path, std::int64_t offset, std::i
     struct stat status {};
     if (fstat(descriptor, &status) != 0) return false;
     const auto size = static_cast<std::size_t>(length);
-    // Tells at once whether the file may be cut.
+    // Fails now, before anything is changed, if the file may not be cut.
     if (length > 0 && size != text.size() && ftruncate(descriptor, status.st_size) != 0) {
         std::printf("truncate fail : %d \n", errno);
         return false;

@@ -33,8 +33,8 @@ struct sElement {
     bool isGiven() const { return index || channel; }
 };
 
-// These three print what the objects hold afterwards. That this cannot be shown is said on standard
-// error and no failure: the segment is changed.
+// These three print what the objects hold afterwards. If that cannot be read, they say so on
+// standard error and still succeed: the segment is changed.
 void setObject(std::ostream& out, const std::string& object, const Words& values, bool create);
 void setElement(std::ostream& out, const std::string& object, const sElement& element,
                 const Words& values);

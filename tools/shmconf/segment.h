@@ -17,8 +17,8 @@ struct sContents {
     Values values;
 };
 
-// One thread. Operations throw CToolError if the segment cannot be used, such as when it was
-// removed, or when a peer died holding its lock, which costs one second.
+// One thread. Operations throw CToolError if the segment cannot be used: it was removed, it is
+// damaged, or a live process has kept its lock for one second.
 class CSegment {
   public:
     // Attaches to the segment; without one, throws unless `create` is set.

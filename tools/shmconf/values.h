@@ -15,7 +15,7 @@ using Values =
 
 Values emptyValues(eElement element);
 
-// One element of each word. Throws CToolError naming the first word that is none of this type.
+// One element of each word. Throws CToolError that names the first word of another type.
 Values parseValues(eElement element, const std::vector<std::string>& words);
 
 // Separated by blanks. Numbers have the fewest digits that read back the same; texts are in double
