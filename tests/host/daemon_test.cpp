@@ -2,6 +2,7 @@
 #include <filesystem>
 #include <map>
 
+#include "host/app_config_manager.h"
 #include "support/child_process.h"
 #include "support/files.h"
 #include "support/peer.h"
@@ -16,16 +17,18 @@ using std::chrono::steady_clock;
 const char* const SEGMENT = "/dev/shm/CONF_AUTO_SAVE_MEM";
 const std::string PATH = configPath("devtype_info.cfg");
 const std::string FILE_HEAD = "[PROCESSED_DEV_INFORMATION]\nDEV_INFORMATION=";
+const std::string DEVICE = "100_VOLTS_DEV_2CH";
 const std::string BANNER = "App Config Manager\nProcess COnfigHandler : CConfigDevTypeHandler \n";
 const std::string OPENING =
-    "WRITING TO CONFIG FILE DEV TYPE :100_VOLTS_DEV_2CH \n"
-    "!!!!!!!!!!!!! OPEN CHECK !!!!!!!!!!!!!! \n";
+    "WRITING TO CONFIG FILE DEV TYPE :" + DEVICE + " \n!!!!!!!!!!!!! OPEN CHECK !!!!!!!!!!!!!! \n";
 const std::string WRITING =
     "!!!!!!!!!!!!! OPEN CHECK DONE!!!!!!!!!!!!!! \n!!!!!!!!!!!!! WRTING !!!!!!!!!!!!!! \n"
     "!!!!!!!!!!!!! WRTING bResult : ";
-const std::string RECORDING = OPENING + WRITING + "1 !!!!!!!!!!!!!! \n" +
-                              "WRITING TO CONFIG FILE DEV TYPE :100_VOLTS_DEV_2CH SAVED\n";
 const std::string IDENTITY = "Dev Type 2 Chn Count : 2 \n";
+const std::string RECORDING = OPENING + WRITING + "1 !!!!!!!!!!!!!! \n" +
+                              "WRITING TO CONFIG FILE DEV TYPE :" + DEVICE + " SAVED\n" + IDENTITY;
+const std::string NOT_RECORDING = OPENING + "failed to open dev type file config \n" + WRITING +
+                                  "0 !!!!!!!!!!!!!! \nFAILED TO WRITE DEV TYPE INFO \n" + IDENTITY;
 const std::string NO_KEY =
     "[CFileConfig::read str] FAILED to read [PROCESSED_DEV_INFORMATION]:[DEV_INFORMATION]\n"
     "bReul : 0 \n";
@@ -38,13 +41,13 @@ void expectLines(CChildProcess& daemon, const std::string& text) {
         ASSERT_EQ(line, daemon.readLine().value_or("nothing"));
 }
 
-void publish(const std::string& text = "100_VOLTS_DEV_2CH") {
+void publish(const std::string& text = DEVICE) {
     EXPECT_EQ(0,
               CPeer([&](CPeerMemory& memory) { return memory.setStringVector(48, {text}); }).run());
 }
 
 bool isIdentityRecorded() {
-    return readFile(PATH) == FILE_HEAD + "100_VOLTS_DEV_2CH\n";
+    return readFile(PATH) == FILE_HEAD + DEVICE + '\n';
 }
 
 // How often a process has gone to sleep: steady on a busy machine, where processor time is not.
@@ -79,68 +82,52 @@ void awaitPolling(const CChildProcess& daemon) {
     awaitSleeps(daemon, 10);
 }
 
-TEST(Daemon, RecordsAnIdentityThatComesLaterForTheNextStartWhichWritesNothing) {
-    const struct {
-        bool onDisk;  // there is a file, and no segment at the next start
-        std::string missing, recording;
-    } rows[] = {
-        {true, "", RECORDING},
-        {false, "failed to open dev type\n",
-         OPENING + "failed to open dev type file config \n" + WRITING +
-             "0 !!!!!!!!!!!!!! \nFAILED TO WRITE DEV TYPE INFO \n"},
-    };
-    for (const auto& row : rows) {
-        unlink(SEGMENT);
-        std::error_code none;
-        writeFile(PATH, FILE_HEAD + "UNKNOWN\n");
-        if (!row.onDisk) std::filesystem::remove_all(configPath(""));
-        CChildProcess daemon({APP_CONFIG_MANAGER});
-        expectLines(daemon, BANNER + row.missing);
-        expectQuietLife(daemon, LOOKING);
-        publish();
-        expectLines(daemon, row.recording + IDENTITY);
-        expectQuietLife(daemon, RESIDENT);
-        daemon.kill(SIGKILL);
-        daemon.wait();
-        if (row.onDisk) unlink(SEGMENT);
-        const auto written = std::filesystem::last_write_time(PATH, none);
-        CChildProcess next({APP_CONFIG_MANAGER});
-        expectLines(next, BANNER + row.missing + IDENTITY);
-        expectQuietLife(next, RESIDENT);
-        EXPECT_EQ(written, std::filesystem::last_write_time(PATH, none));
-    }
-}
-
-// A board as delivered: what a quicker peer has published must not be covered by what no file says.
-TEST(Daemon, LeavesTheFileAloneIfTheIdentityIsKnownAtItsStart) {
+TEST(Daemon, RecordsAnIdentityThatComesLateForTheNextStartWhichWritesNothing) {
     const struct {
         std::string file;
-        bool published;
+        std::string published;  // before the start
         std::string printed;
-    } rows[] = {{readFile(TEST_DEPLOY_DIR + PATH), true, NO_KEY + IDENTITY},
-                {FILE_HEAD + "BENCH_7\n", false, "Dev Type 1 Chn Count : 2 \n"}};
-    for (const auto& row : rows) {
+        std::string recording;  // once the identity comes; empty where it is known already
+    } rows[] = {
+        {FILE_HEAD + "UNKNOWN\n", "", "", RECORDING},
+        // A board as delivered: what a quicker peer has published must not be covered by what no
+        // file says.
+        {readFile(TEST_DEPLOY_DIR + PATH), DEVICE, NO_KEY + IDENTITY, ""},
+        {FILE_HEAD + "BENCH_7\n", "", "Dev Type 1 Chn Count : 2 \n", ""},
+        // The peer was quicker, but not done: the text is still to change.
+        {FILE_HEAD + '\n', "100_VOLTS", NO_KEY, RECORDING},
+        {"", "", "failed to open dev type\n", NOT_RECORDING},  // not even the folder exists
+    };
+    for (const auto& [file, published, printed, recording] : rows) {
+        SCOPED_TRACE(file + published);
         unlink(SEGMENT);
-        writeFile(PATH, row.file);
-        if (row.published) publish();
+        if (file.empty()) {
+            std::filesystem::remove_all(configPath(""));
+        } else {
+            writeFile(PATH, file);
+        }
+        if (!published.empty()) publish(published);
         CChildProcess daemon({APP_CONFIG_MANAGER});
-        expectLines(daemon, BANNER + row.printed);
-        EXPECT_EQ(row.file, readFile(PATH));
-    }
-}
-
-// The peer was quicker, but not done: the text that the daemon looks at first is still to change.
-TEST(Daemon, RecordsAnIdentityThatWasStillBeingWrittenAtTheFirstLook) {
-    for (const char* begun : {"100_VOLTS", "UNKNO", "BENCH_7"}) {
-        unlink(SEGMENT);
-        writeFile(PATH, FILE_HEAD + '\n');
-        publish(begun);
-        CChildProcess daemon({APP_CONFIG_MANAGER});
-        expectLines(daemon, BANNER + NO_KEY);
-        awaitSleeps(daemon, 2);
+        expectLines(daemon, BANNER + printed);
+        if (recording.empty()) {
+            EXPECT_EQ(file, readFile(PATH));
+            continue;
+        }
+        published.empty() ? expectQuietLife(daemon, LOOKING) : awaitSleeps(daemon, 2);
         publish();
-        expectLines(daemon, RECORDING + IDENTITY);
-        EXPECT_TRUE(isIdentityRecorded()) << begun;
+        expectLines(daemon, recording);
+        daemon.kill(SIGKILL);
+        daemon.wait();
+        if (!file.empty()) {
+            EXPECT_TRUE(isIdentityRecorded());
+            unlink(SEGMENT);
+        }
+        std::error_code none;
+        const auto written = std::filesystem::last_write_time(PATH, none);
+        CChildProcess next({APP_CONFIG_MANAGER});
+        expectLines(next, BANNER + (file.empty() ? printed : "") + IDENTITY);
+        if (published.empty()) expectQuietLife(next, RESIDENT);
+        EXPECT_EQ(written, std::filesystem::last_write_time(PATH, none));
     }
 }
 
@@ -159,82 +146,12 @@ TEST(Daemon, NeedsNoTerminalNoReaderOfItsLinesAndNoOpenDescriptor) {
         EXPECT_EQ("/dev/null", std::filesystem::read_symlink(descriptors + closed));
 }
 
-// Threads print at once: only the registry's own lines have an order.
-void expectOtherHandlers(CChildProcess& daemon) {
-    const std::string other = "Process COnfigHandler : Config";
-    std::string started, line;
-    while (line != "ProcessEx COnfigHandler : ConfigSystemHandler ") {
-        line = daemon.readLine().value_or("ProcessEx COnfigHandler : ConfigSystemHandler ");
-        if (line.rfind("Process", 0) == 0) started += line + '\n';
-    }
-    EXPECT_EQ(other + "AutoSaveHandler \n" + other + "DevVarSystemHandler \n" + other +
-                  "PresetSaveHandler \nProcessEx COnfigHandler : ConfigSystemHandler \n",
-              started);
-}
-
-std::map<std::string, std::string> configFiles() {
-    std::map<std::string, std::string> files;
-    for (const auto& entry : std::filesystem::directory_iterator(configPath("")))
-        files[entry.path().filename()] = readFile(entry.path());
-    return files;
-}
-
-void expectInFile(const std::string& name, const std::string& part) {
-    EXPECT_TRUE(waitUntil([&] {
-        return readFile(configPath(name)).find(part) != std::string::npos;
-    })) << part;
-}
-
-TEST(DaemonWithAllHandlers, KeepsItsFilesOverAKillAndLeavesThoseOfTheFactoryAlone) {
-    std::filesystem::copy(TEST_DEPLOY_DIR + configPath(""), configPath(""));
-    writeFile(PATH, FILE_HEAD + "UNKNOWN\n");
-    auto expected = configFiles();
-    CChildProcess daemon({APP_CONFIG_MANAGER_ALL});
-    expectLines(daemon, BANNER);
-    awaitPolling(daemon);
-    EXPECT_EQ(expected, configFiles()) << "nothing else before the identity is known";
-    publish();
-    expectLines(daemon, RECORDING + IDENTITY);
-    expectOtherHandlers(daemon);
-    CPeerMemory memory;
-    // The last preset, the last item and the values of the other files.
-    for (const int id : {40, 28})
-        EXPECT_TRUE(waitUntil([&] { return !memory.getDoubleVector(id).empty(); })) << id;
-    EXPECT_TRUE(waitUntil([&] { return !memory.getStringVector(25).empty(); }));
-    EXPECT_EQ(Doubles(), memory.getDoubleVector(29)) << "the system handler never starts";
-    Doubles preset = memory.getDoubleVector(36);
-    preset.at(0) = 3;
-    EXPECT_TRUE(memory.setDoubleVector(0, {12, 34}) && memory.setDoubleVector(36, preset));
-    expectInFile("conf_preset.cfg", "\nVoltageSet=3.000000,20.000000\n");
-    for (const char* part : {"STATE=1\n", "VOL_LVL=12.000000,34.000000\n", "CUR_LVL=2.030000\n"})
-        expectInFile("conf_auto_save.cfg", part);
-    daemon.kill(SIGKILL);
-    daemon.wait();
-    const auto files = configFiles();
-    for (const char* name : {"conf_auto_save.cfg", "conf_preset.cfg", "devtype_info.cfg"})
-        expected[name] = files.at(name);
-    EXPECT_EQ(expected, files) << "the others belong to the factory";
-
-    unlink(SEGMENT);
-    CChildProcess next({APP_CONFIG_MANAGER_ALL});
-    expectLines(next, BANNER + IDENTITY);
-    expectOtherHandlers(next);
-    CPeerMemory after;
-    EXPECT_TRUE(waitUntil([&] { return after.getDoubleVector(0) == Doubles{12, 34}; }));
-    EXPECT_TRUE(waitUntil([&] { return after.getDoubleVector(36) == preset; }));
-    EXPECT_EQ(files, configFiles()) << "a start writes nothing";
-}
-
 // A debugger may stop a peer anywhere, and the daemon waits for the lock that it holds.
 TEST(Daemon, EndsByTheSignalThatAsksForItAlsoWhileAStoppedPeerHoldsTheLock) {
     writeFile(PATH, FILE_HEAD + "UNKNOWN\n");
     steady_clock::duration fastest = steady_clock::duration::max();
     for (const int signal : {SIGTERM, SIGINT, SIGTERM}) {
-        CPeer holder([](CPeerMemory& memory) {
-            auto stop = [] { raise(SIGSTOP); };
-            memory.mpSharedMemory->atomic_func(stop);
-            return true;
-        });
+        CPeer holder(raiseUnderLock(SIGSTOP));
         CChildProcess daemon({APP_CONFIG_MANAGER});
         expectLines(daemon, BANNER);
         awaitPolling(daemon);
@@ -249,6 +166,113 @@ TEST(Daemon, EndsByTheSignalThatAsksForItAlsoWhileAStoppedPeerHoldsTheLock) {
         EXPECT_EQ(0, holder.wait());
     }
     EXPECT_LT(fastest, milliseconds(150)) << "waited for the lock";
+}
+
+std::map<std::string, std::string> configFiles() {
+    std::map<std::string, std::string> files;
+    for (const auto& entry : std::filesystem::directory_iterator(configPath("")))
+        files[entry.path().filename()] = readFile(entry.path());
+    return files;
+}
+
+// Threads print at once: only the registry's own lines have an order.
+void expectOtherHandlers(CChildProcess& daemon) {
+    const std::string last = "ProcessEx COnfigHandler : ConfigSystemHandler ";
+    std::string started, line;
+    while (line != last) {
+        line = daemon.readLine().value_or(last);
+        if (line.rfind("Process COnfigHandler", 0) == 0) started += line.substr(23);
+    }
+    EXPECT_EQ("ConfigAutoSaveHandler ConfigDevVarSystemHandler ConfigPresetSaveHandler ", started);
+}
+
+TEST(DaemonWithAllHandlers, KeepsItsFilesOverAKillAndLeavesThoseOfTheFactoryAlone) {
+    std::filesystem::copy(TEST_DEPLOY_DIR + configPath(""), configPath(""));
+    writeFile(PATH, FILE_HEAD + "UNKNOWN\n");
+    auto expected = configFiles();
+    CChildProcess daemon({APP_CONFIG_MANAGER_ALL});
+    expectLines(daemon, BANNER);
+    awaitPolling(daemon);
+    EXPECT_EQ(expected, configFiles()) << "nothing else before the identity is known";
+    publish();
+    expectLines(daemon, RECORDING);
+    expectOtherHandlers(daemon);
+    CPeerMemory memory;
+    // The last value of each file that is loaded.
+    EXPECT_TRUE(waitUntil([&] {
+        return !memory.getDoubleVector(40).empty() && !memory.getDoubleVector(28).empty() &&
+               !memory.getStringVector(25).empty();
+    }));
+    EXPECT_EQ(Doubles(), memory.getDoubleVector(29)) << "the system handler never starts";
+    const Doubles voltages = {12, 34}, preset(16, 3);
+    EXPECT_TRUE(memory.setDoubleVector(0, voltages) && memory.setDoubleVector(36, preset));
+    EXPECT_TRUE(waitUntil([&] {
+        const auto files = configFiles();
+        return files.at("conf_auto_save.cfg").find("12.000000,34") != std::string::npos &&
+               files.at("conf_preset.cfg").find("CurrentSet=3.000000,3") != std::string::npos;
+    }));
+    daemon.kill(SIGKILL);
+    daemon.wait();
+    const auto files = configFiles();
+    for (const char* name : {"conf_auto_save.cfg", "conf_preset.cfg", "devtype_info.cfg"})
+        expected[name] = files.at(name);
+    EXPECT_EQ(expected, files) << "the others belong to the factory";
+
+    unlink(SEGMENT);
+    CChildProcess next({APP_CONFIG_MANAGER_ALL});
+    expectLines(next, BANNER + IDENTITY);
+    expectOtherHandlers(next);
+    CPeerMemory after;
+    EXPECT_TRUE(waitUntil([&] {
+        return after.getDoubleVector(0) == voltages && after.getDoubleVector(36) == preset;
+    }));
+    EXPECT_EQ(files, configFiles()) << "a start writes nothing";
+}
+
+struct CHandler : CAbsConfigHandler {
+    CHandler(bool inits, bool starts) : mInits(inits), mStarts(starts) {}
+    void run() override {}
+    void requestStop() override {}
+    bool init() override { return mInits; }
+    bool start() override { return mStarts; }
+    const bool mInits, mStarts;
+};
+
+struct CRegistry : CAppConfigManager {
+    using CAppConfigManager::initHandlers;
+    using CAppConfigManager::mMapHandlers;
+};
+
+TEST(AppConfigManager, StopsAtTheFirstHandlerThatFails) {
+    CHandler good(true, true), initFails(false, true), startFails(true, false);
+    const std::string process = "Process COnfigHandler : ", failed = "FAILED to START :A\n";
+    const struct {
+        std::map<std::string, CAbsConfigHandler*> handlers;
+        bool inits, starts;
+        std::string initPrints, startPrints;
+    } rows[] = {
+        {{{"none", nullptr}}, false, false, "", ""},
+        {{{"ConfigSystemHandler", &good}},
+         true,
+         false,
+         "",
+         "ProcessEx COnfigHandler : ConfigSystemHandler \n"},
+        {{{"A", &startFails}, {"Z", &good}}, true, false, "", process + "A \n" + failed},
+        {{{"A", &initFails}, {"Z", &good}},
+         false,
+         true,
+         failed,
+         process + "A \n" + process + "Z \n"},
+    };
+    CRegistry registry;
+    for (const auto& row : rows) {
+        registry.mMapHandlers = row.handlers;
+        EXPECT_EQ(row.initPrints,
+                  printedBy([&] { EXPECT_EQ(row.inits, registry.initHandlers()); }));
+        EXPECT_EQ(row.startPrints, printedBy([&] { EXPECT_EQ(row.starts, registry.start()); }));
+    }
+    EXPECT_TRUE(registry.init());
+    EXPECT_EQ(1U, registry.mMapHandlers.size()) << "none of the former ones";
 }
 
 }  // namespace

@@ -9,7 +9,6 @@
 #include <chrono>
 #include <cstring>
 
-#include "shared_memory/mutex_words.h"
 #include "shared_memory/peer_segment.h"
 #include "support/peer.h"
 
@@ -42,24 +41,16 @@ class CStates {
             action();
             _exit(0);
         }
-        int status = 0;
-        waitpid(child, &status, 0);
-        EXPECT_EQ(0, status);
+        EXPECT_EQ(0, statusOf(child));
+        EXPECT_GT(mLog->count, 1U);
     }
     ~CStates() { munmap(mLog, sizeof(sLog)); }
 
-    // Puts each state into the segment and calls `check` with its number, until one fails.
-    template <typename Check>
-    void replay(Check check) const {
-        EXPECT_GT(mLog->count, 1U);
-        for (std::size_t i = 0; i < mLog->count && !testing::Test::HasFailure(); ++i) {
-            std::memcpy(mArea.base, mLog->states[i], SIZE);
-            check(i);
-        }
-    }
+    std::size_t count() const { return mLog->count; }
+    void putBack(std::size_t number) const { std::memcpy(mArea.base, mLog->states[number], SIZE); }
 
   private:
-    static constexpr std::size_t TRAP_FLAG = 0x100;
+    static constexpr greg_t TRAP_FLAG = 0x100;
 
     struct sLog {
         std::size_t count;
@@ -80,8 +71,7 @@ class CStates {
         static_cast<ucontext_t*>(context)->uc_mcontext.gregs[REG_EFL] |= TRAP_FLAG;
     }
     static void afterStore(int, siginfo_t*, void* context) {
-        static_cast<ucontext_t*>(context)->uc_mcontext.gregs[REG_EFL] &=
-            ~static_cast<greg_t>(TRAP_FLAG);
+        static_cast<ucontext_t*>(context)->uc_mcontext.gregs[REG_EFL] &= ~TRAP_FLAG;
         recorder->protect(PROT_READ);
         recorder->record();
     }
@@ -115,22 +105,16 @@ auto valuesOf(CPeerMemory& memory) {
 }
 using Values = decltype(valuesOf(std::declval<CPeerMemory&>()));
 
-// Where a death leaves a lock without a name, others wait for long: a case shows one of each lock.
-bool isNamelessAgain(const Segment& segment, bool (&seen)[2]) {
-    const pthread_mutex_t* const locks[] = {&segment.lock(), &segment.heapLock()};
-    for (int i = 0; i < 2; ++i) {
-        const auto holder = core_utils::sMutexWords<pthread_mutex_t>::holderOf(*locks[i]);
-        const bool isNameless = holder.isLocked && holder.thread == 0;
-        if (isNameless && seen[i]) return true;
-        seen[i] |= isNameless;
-    }
-    return false;
+// Others wait long for a lock without a name, which is tested by itself.
+bool isNameless(const pthread_mutex_t& lock) {
+    const auto holder = core_utils::sMutexWords<pthread_mutex_t>::holderOf(lock);
+    return holder.isLocked && holder.thread == 0;
 }
 
-// Calls `judge` with the old values and the new ones after each death.
+// Calls `judge` with the old values and the new ones after each death, until one fails.
 template <std::size_t COUNT, typename Judge>
 void dieAtEveryStore(const sCase (&cases)[COUNT], Judge judge) {
-    for (const auto& row : cases) {
+    for (const auto& [what, act, prepare] : cases) {
         unlink("/dev/shm/CONF_AUTO_SAVE_MEM");
         Segment(boost::interprocess::create_only, core_utils::SEGMENT_NAME, SIZE);
         CPeerMemory memory;
@@ -139,39 +123,36 @@ void dieAtEveryStore(const sCase (&cases)[COUNT], Judge judge) {
         memory.setByteVector(7, {1});
         memory.setDoubleVector(3, {8.0});  // a name as long as OPP_DATA_MEM
         const Values before = valuesOf(memory);
-        row.prepare(memory);
+        prepare(memory);
         const Segment& segment = *memory.mpSharedMemory;
-        const CStates states(segment.area(), [&] { row.act(memory); });
+        const CStates states(segment.area(), [&, &action = act] { action(memory); });
         const Values after = valuesOf(memory);
-        bool seen[2] = {};
-        states.replay([&](std::size_t i) {
-            SCOPED_TRACE(row.what + (", store " + std::to_string(i)));
-            if (!isNamelessAgain(segment, seen)) judge(memory, before, after);
-        });
+        for (std::size_t i = 0; i < states.count() && !testing::Test::HasFailure(); ++i) {
+            SCOPED_TRACE(what + (", store " + std::to_string(i)));
+            states.putBack(i);
+            if (!isNameless(segment.lock()) && !isNameless(segment.heapLock()))
+                judge(memory, before, after);
+        }
     }
 }
 
 TEST(DeathAtAnyStore, OfOursLeavesTheOldVectorsOrTheNewOnes) {
-    const auto construct = [](CPeerMemory& m) { m.setDoubleVector(1, {6.0}); };
+    const Texts texts = {std::string(60, 'n'), "", "x"};
+    const Doubles pair = {3.0, 4.0}, one = {6.0};
+    const auto construct = [&](CPeerMemory& m) { m.setDoubleVector(1, one); };
+    const auto remove = [](CPeerMemory& m) {
+        core_utils::CVectorAccess<std::string>::destroy(*m.mpSharedMemory, "WLAN_SSID_MEM");
+    };
     const auto loseJournal = [](CPeerMemory& m) {
         std::memset(m.mpSharedMemory->area().base + 4, 0, 4);
     };
     const auto leaveLocked = [](CPeerMemory&) { CPeer(raiseUnderLock(SIGKILL)).run(); };
     const sCase cases[] = {
-        {"same size",
-         [](CPeerMemory& m) {
-             m.setDoubleVector(0, {3.0, 4.0});
-         }},
-        {"texts",
-         [](CPeerMemory& m) {
-             m.setStringVector(24, {std::string(60, 'n'), "", "x"});
-         }},
+        {"same size", [&](CPeerMemory& m) { m.setDoubleVector(0, pair); }},
+        {"texts", [&](CPeerMemory& m) { m.setStringVector(24, texts); }},
         {"construct", construct},
         {"first journal", construct, loseJournal},
-        {"remove",
-         [](CPeerMemory& m) {
-             core_utils::CVectorAccess<std::string>::destroy(*m.mpSharedMemory, "WLAN_SSID_MEM");
-         }},
+        {"remove", remove},
         {"recover", [](CPeerMemory& m) { m.getStringVector(24); }, leaveLocked},
     };
     dieAtEveryStore(cases, [](CPeerMemory& memory, const Values& before, const Values& after) {
@@ -192,19 +173,19 @@ auto asPlainPeer(Change change) {
 }
 
 TEST(DeathAtAnyStore, OfAPlainPeerIsHarmlessOrToldAtOnce) {
-    const sCase cases[] = {
-        {"construct", asPlainPeer([](Segment& segment) {
-             segment.construct<Vector>("OPP_DATA_MEM")(segment.get_segment_manager());
-         })},
-        {"grow and shrink", asPlainPeer([](Segment& segment) {
-             auto* vector = segment.find<Vector>("VOLTAGE_DATA_MEM").first;
-             vector->resize(30, 7.0);
-             vector->resize(1);
-             vector->shrink_to_fit();
-         })},
-        {"destroy",
-         asPlainPeer([](Segment& segment) { segment.destroy<Vector>("VOLTAGE_DATA_MEM"); })},
+    const auto construct = [](Segment& segment) {
+        segment.construct<Vector>("OPP_DATA_MEM")(segment.get_segment_manager());
     };
+    const auto growAndShrink = [](Segment& segment) {
+        auto* vector = segment.find<Vector>("VOLTAGE_DATA_MEM").first;
+        vector->resize(30, 7.0);
+        vector->resize(1);
+        vector->shrink_to_fit();
+    };
+    const auto destroy = [](Segment& segment) { segment.destroy<Vector>("VOLTAGE_DATA_MEM"); };
+    const sCase cases[] = {{"construct", asPlainPeer(construct)},
+                           {"grow and shrink", asPlainPeer(growAndShrink)},
+                           {"destroy", asPlainPeer(destroy)}};
     std::size_t done = 0, damaged = 0;
     dieAtEveryStore(cases, [&](CPeerMemory&, const Values&, const Values&) {
         CPeerSegment segment;

@@ -44,15 +44,14 @@ sResult writeNext(CPeerSegment& segment) {
 
 void write() {
     CPeerSegment segment;
-    segment.open();
-    while (true)
+    for (segment.open();;)
         writeNext(segment);
 }
 
 void read() {
     CPeerSegment segment;
-    segment.open();
-    for (Texts texts;;)
+    Texts texts;
+    for (segment.open();;)
         segment.read(24, texts);
 }
 
@@ -132,11 +131,11 @@ class CJudge {
         std::this_thread::sleep_for(std::chrono::microseconds(random() % 6000));
         kill(bystander, SIGKILL);
         judge();
-        waitpid(victim, nullptr, 0);
-        waitpid(bystander, nullptr, 0);
+        statusOf(victim);
+        statusOf(bystander);
         // It has given up: the segment is full of what dead peers have left.
         const bool isEarly = end.si_code == CLD_EXITED;
-        if (isEarly) ++early;
+        early += isEarly;
         if (mIsBroken || isEarly) startAnew();
     }
 
@@ -145,26 +144,25 @@ class CJudge {
   private:
     void startAnew() {
         unlink("/dev/shm/CONF_AUTO_SAVE_MEM");
-        mIsBroken = false;
-        note(mSegment.open());
-        note(writeNext(mSegment));
+        mIsBroken = !(works(mSegment.open()) && works(writeNext(mSegment)));
     }
 
-    void note(const sResult& result) {
-        if (result || mIsBroken) return;
-        mIsBroken = true;
+    bool works(const sResult& result) {
+        if (result) return true;
         ++(result.outcome == CPeerSegment::eOutcome::LOCKED ? frozen : damaged);
         std::printf("%s\n", result.reason.c_str());
+        return false;
     }
 
     void judge() {
         Texts texts;
-        note(mSegment.read(24, texts));
+        mIsBroken = !works(mSegment.read(24, texts));
+        if (mIsBroken) return;
         // Of its turns a writer may have finished the last one or not.
         const bool isWhole =
             texts == textsOf(turn()) || (mKind.run == write && texts == textsOf(turn() - 1));
-        if (!mIsBroken && !isWhole) ++wrong;
-        if (!mIsBroken) note(writeNext(mSegment));
+        wrong += !isWhole;
+        mIsBroken = !works(writeNext(mSegment));
     }
 
     const sKind mKind;

@@ -3,13 +3,13 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <cstdlib>
 #include <filesystem>
 #include <future>
-#include <iterator>
 #include <regex>
+#include <set>
 #include <thread>
 
+#include "peer/preset.h"
 #include "shared_memory/peer_segment_c.h"
 #include "support/files.h"
 #include "support/peer.h"
@@ -21,6 +21,7 @@ using namespace support;
 using namespace std::chrono_literals;
 using core_utils::CPeerSegment;
 using eOutcome = CPeerSegment::eOutcome;
+using hxl_config_handler::sPresetBlock;
 
 constexpr char SEGMENT_FILE[] = "/dev/shm/CONF_AUTO_SAVE_MEM";
 
@@ -91,76 +92,17 @@ TEST(PeerSegment, RemovingGivesTheMemoryBack) {
     EXPECT_EQ(free, memory.mpSharedMemory->get_free_memory());
     EXPECT_TRUE(memory.mpSharedMemory->check_sanity());
     EXPECT_EQ(eOutcome::NO_OBJECT, segment.remove(0).outcome);
-
-    // Elements inside the segment that are no block of it: nothing may end over them.
-    segment.write(0, Doubles{1.0});
-    memory.mpSharedMemory->find<std::ptrdiff_t>("VOLTAGE_DATA_MEM").first[1] += 65536;
-    EXPECT_EQ(eOutcome::DAMAGED, segment.remove(0).outcome);
-    EXPECT_TRUE(segment.write(0, Doubles{2.0}));
-}
-
-// Two counters, and their sum as often as it says.
-Doubles counted(double first, double second) {
-    const double sum = first + second;
-    Doubles values(2 + static_cast<std::size_t>(sum) % 300, sum);
-    values[0] = first;
-    values[1] = second;
-    return values;
-}
-
-// A read that failed leaves them, or leaves none.
-bool isWhole(const Doubles& values) {
-    return values.empty() || values == counted(values.at(0), values.at(1));
-}
-
-// Each process owns one counter; what is missing at the end was lost. On a busy machine a holder
-// may stand still for a second, and without a pause one process starves another.
-TEST(PeerSegment, TwoProcessesThatChangeOneObjectLoseNoUpdateAndAThirdReadsItWhole) {
-    constexpr char ROUNDS_VARIABLE[] = "UPDATE_ROUNDS";
-    const char* wanted = std::getenv(ROUNDS_VARIABLE);
-    const int rounds = wanted != nullptr ? std::atoi(wanted) : 5000;
-    static constexpr auto PAUSE = 50us;
-    CPeerMemory memory;
-    ASSERT_TRUE(memory.setDoubleVector(0, counted(0, 0)));
-    const auto countIn = [rounds](int counter) {
-        return [rounds, counter](CPeerMemory&) {
-            CPeerSegment segment;
-            bool works = !!segment.attach();
-            for (int round = 0; works && round < rounds; std::this_thread::sleep_for(PAUSE)) {
-                const auto result = segment.update<double>(0, [&](Doubles& values) {
-                    values = counted(values[0] + 1 - counter, values[1] + counter);
-                });
-                if (result) ++round;
-                works = result || result.outcome == eOutcome::LOCKED;
-            }
-            return works;
-        };
-    };
-    CPeer first(countIn(0));
-    CPeer second(countIn(1));
-    first.start();
-    second.start();
-    CPeerSegment segment;
-    ASSERT_TRUE(segment.attach());
-    for (int round = 0; round < rounds; ++round) {
-        Doubles values = memory.getDoubleVector(0);
-        ASSERT_TRUE(isWhole(values));
-        const auto result = segment.read(0, values);
-        ASSERT_TRUE(isWhole(values));
-        ASSERT_TRUE(result || result.outcome == eOutcome::LOCKED) << result.reason;
-        std::this_thread::sleep_for(PAUSE);
-    }
-    EXPECT_EQ(0, first.wait());
-    EXPECT_EQ(0, second.wait());
-    EXPECT_EQ(counted(rounds, rounds), memory.getDoubleVector(0));
 }
 
 TEST(PeerSegment, AnUpdateThatThrowsOrChangesNothingWritesNothing) {
     CPeerSegment segment;
     ASSERT_TRUE(segment.open());
-    EXPECT_TRUE(segment.update<double>(0, [](Doubles& values) { EXPECT_TRUE(values.empty()); }));
-    EXPECT_EQ(eOutcome::NO_ELEMENT, segment.set<double>(0, 0, 5).outcome);
     CPeerMemory memory;
+    EXPECT_TRUE(segment.update<double>(0, [&](Doubles& values) {
+        EXPECT_TRUE(values.empty());
+        EXPECT_TRUE(isLocked(memory.mpSharedMemory->lock()));
+    }));
+    EXPECT_EQ(eOutcome::NO_ELEMENT, segment.set<double>(0, 0, 5).outcome);
     EXPECT_EQ(0U, memory.mpSharedMemory->get_num_named_objects()) << "nothing is created";
 
     ASSERT_TRUE(segment.write(0, Doubles{NAN, 1.5}) && segment.set<double>(0, 1, 5));
@@ -181,22 +123,18 @@ TEST(PeerSegment, AnUpdateThatThrowsOrChangesNothingWritesNothing) {
     EXPECT_EQ(eOutcome::NO_VECTOR, segment.set<double>(4, 0, 1).outcome);
 }
 
-TEST(PeerSegment, WaitsForAnotherProcessAndNoLongerThanToldTo) {
-    CPeer writer([](CPeerMemory& peer) {
-        return peer.setDoubleVector(0, {NAN, 1.5}) && peer.setByteVector(21, {7});
-    });
+TEST(PeerSegment, WaitsForAChangeAndNoLongerThanToldTo) {
     CPeerSegment segment;
     ASSERT_TRUE(segment.open());
     Doubles values;
     EXPECT_EQ("VOLTAGE_DATA_MEM did not change within 5 ms",
               segment.waitForChange(0, values, 1ms, 5ms).reason);
     auto waiting = std::async(std::launch::async, [&] {
-        Bytes bytes;
-        return segment.waitForChange(21, bytes, 1ms, 20s) ? bytes : Bytes{};
+        return segment.waitForChange("VOLTAGE_DATA_MEM", values, 1ms, 20s).outcome;
     });
-    ASSERT_EQ(0, writer.run());
-    EXPECT_EQ(Bytes{7}, waiting.get());
-    EXPECT_TRUE(segment.waitForChange("VOLTAGE_DATA_MEM", values, 1ms, 20s));
+    std::this_thread::sleep_for(5ms);
+    EXPECT_TRUE(segment.write(0, Doubles{NAN, 1.5}));
+    EXPECT_EQ(eOutcome::DONE, waiting.get());
     EXPECT_EQ(1.5, values.at(1));
     EXPECT_EQ(eOutcome::TIME_OUT, segment.waitForChange(0, values, 1ms, 0ms).outcome)
         << "not a number is no change against itself";
@@ -240,19 +178,53 @@ TEST(PeerSegment, TheInterfaceForCSaysWhatIsMissingAndLetsNothingThrough) {
     peer_segment_close(segment);
 }
 
+TEST(Preset, IsReadAndChangedByNameWhereTheDaemonKeepsIt) {
+    CPeerSegment segment;
+    ASSERT_TRUE(segment.open());
+    sPresetBlock block{};
+    EXPECT_EQ(eOutcome::NO_OBJECT, core_utils::readPreset(segment, 3, block).outcome);
+    block.fCurrentSet[1] = 1.5F;
+    block.ucChnConnMode[0] = 2;
+    EXPECT_TRUE(core_utils::writePreset(segment, 3, block));
+    const auto set = [&](int number, const char* key, int channel, double value) {
+        return core_utils::setPreset(segment, number, key, channel, value).reason;
+    };
+    EXPECT_EQ("", set(3, "VoltageSet", 1, 5.5) + set(3, "FuseState", 2, 255));
+    Doubles numbers(16);
+    numbers[0] = 5.5;
+    numbers[3] = 1.5;
+    Bytes states(18);
+    states[1] = 255;
+    states[16] = 2;
+    CPeerMemory memory;
+    EXPECT_EQ(numbers, memory.getDoubleVector(36));
+    EXPECT_EQ(states, memory.getByteVector(37));
+    EXPECT_TRUE(core_utils::readPreset(segment, 3, block));
+    EXPECT_EQ(5.5F, block.fVoltageSet[0]);
+    EXPECT_EQ(255, block.ucFuseState[1]);
+
+    EXPECT_EQ("there is no preset memory 6", core_utils::readPreset(segment, 6, block).reason);
+    EXPECT_EQ(eOutcome::UNKNOWN_OBJECT, core_utils::writePreset(segment, 0, block).outcome);
+    EXPECT_EQ("there is no preset memory 6", set(6, "VoltageSet", 1, 1));
+    EXPECT_EQ("a preset has no setting \"Voltage\"", set(3, "Voltage", 1, 1));
+    for (const int channel : {0, 3})
+        EXPECT_EQ("a preset has no channel " + std::to_string(channel),
+                  set(3, "VoltageSet", channel, 1));
+    for (const double state : {-1.0, 0.5, 256.0})
+        EXPECT_EQ("FuseState is a whole number from 0 to 255", set(3, "FuseState", 1, state));
+}
+
 // Whoever shares the segment without our header reads the page.
 TEST(SharedMemoryPage, ListsEveryObjectOfTheDirectoryWithItsElements) {
-    const char* const elements[] = {"double", "byte", "text"};
+    std::set<std::string> expected, listed;
+    for (const auto& object : core_utils::OBJECT_DIRECTORY)
+        expected.insert("| " + std::to_string(object.id) + " | " + object.name + " | " +
+                        core_utils::nameOf(object.element) + " |");
     const std::string page = readFile(TEST_SHARED_MEMORY_PAGE);
-    for (const auto& object : core_utils::OBJECT_DIRECTORY) {
-        const std::string row = "\n| " + std::to_string(object.id) + " | " + object.name + " | " +
-                                elements[static_cast<int>(object.element)] + " | ";
-        EXPECT_NE(std::string::npos, page.find(row)) << row;
-    }
-    const std::regex row(R"(\n\| \d+ \| )");
-    EXPECT_EQ(std::distance(std::sregex_iterator(page.begin(), page.end(), row), {}),
-              std::distance(std::begin(core_utils::OBJECT_DIRECTORY),
-                            std::end(core_utils::OBJECT_DIRECTORY)));
+    const std::regex row(R"(\| \d+ \| \w+ \| \w+ \|)");
+    for (std::sregex_iterator i(page.begin(), page.end(), row), end; i != end; ++i)
+        listed.insert(i->str());
+    EXPECT_EQ(expected, listed);
 }
 
 }  // namespace

@@ -4,13 +4,16 @@
 
 #include <cstring>
 #include <filesystem>
+#include <functional>
 
+#include "shared_memory/peer_segment.h"
 #include "support/files.h"
 #include "support/peer.h"
 
 namespace {
 
 using namespace support;
+using core_utils::CPeerSegment;
 using core_utils::CSharedMemory;
 using core_utils::SegmentString;
 
@@ -40,13 +43,9 @@ TEST(SharedMemory, TwoProcessesExchangeVectorsOfAllThreeTypes) {
     EXPECT_EQ("7s", std::to_string(number) + text);
     EXPECT_FALSE(CSharedMemory::createIntVal(8) || CSharedMemory::createStrVal("t"));
 
-    memory.setStringVector(24, {std::string(100, 'n')});
-    CPeer reader([](CPeerMemory& peer) {
-        Bytes bytes;
-        return peer.getStringVector(24) == Texts{std::string(100, 'n')} &&
-               CSharedMemory::readByteVector("KEY_FALL_TIME", bytes) && bytes == Bytes{0, 255};
-    });
-    EXPECT_EQ(0, reader.run());
+    Bytes bytes;
+    EXPECT_TRUE(CSharedMemory::readByteVector("KEY_FALL_TIME", bytes));
+    EXPECT_EQ((Bytes{0, 255}), bytes);
     EXPECT_EQ((Doubles{1.5, -2.0}), CSharedMemory(false).getDoubleVector(0)) << "as a restart";
     EXPECT_TRUE(CSharedMemory(true).getDoubleVector(0).empty()) << "the old segment is discarded";
 }
@@ -113,69 +112,68 @@ TEST(SharedMemory, ForeignObjectsAreNotReadNotWrittenAndEndNothing) {
     CSharedMemory(true);
     CPeerMemory memory;
     memory.setStringVector(24, {"a", "b"});
-    auto* texts =
-        memory.mpSharedMemory->find<core_utils::SegmentVector<SegmentString>>("WLAN_SSID_MEM")
-            .first;
-    std::memset(static_cast<void*>(&texts->at(1)), 0x5A, sizeof(SegmentString));
+    auto& texts = memory.vector<SegmentString>("WLAN_SSID_MEM");
+    std::memset(static_cast<void*>(&texts.at(1)), 0x5A, sizeof(SegmentString));
     EXPECT_TRUE(memory.getStringVector(24).empty()) << "a text that is no text";
     EXPECT_EQ("BOOST VCTR STR IS EMPTY \n", printedBy([&] { memory.setStringVector(24, {"c"}); }));
-
-    memory.setDoubleVector(0, {1.0, 2.0});
-    auto* words = memory.mpSharedMemory->find<std::ptrdiff_t>("VOLTAGE_DATA_MEM").first;
-    words[1] += 65536;  // the elements, inside the segment and yet no block of it
-    EXPECT_EQ("exception catch \n",
-              printedBy([&] { EXPECT_FALSE(memory.setDoubleVector(0, Doubles(100))); }));
-    EXPECT_TRUE(memory.setDoubleVector(1, {1.0})) << "the segment's mutex is free";
 }
 
-TEST(SharedMemory, UnfinishedSegmentFailsToOpenInBoundedTimeAndTheInstanceOnlyFails) {
+// Boost's code would write over these, or free them.
+TEST(SharedMemory, ElementsInTheMemoryOfAnotherObjectAreNeitherOverwrittenNorFreed) {
+    CPeerMemory memory;
+    memory.setDoubleVector(0, {1.0, 2.0});
+    memory.setDoubleVector(1, {5.0, 6.0});
+    auto* words = memory.mpSharedMemory->find<std::ptrdiff_t>("VOLTAGE_DATA_MEM").first;
+    auto* other = reinterpret_cast<char*>(memory.vector<double>("CURRENT_DATA_MEM").data());
+    words[1] = other - reinterpret_cast<char*>(&words[1]);
+    words[3] = 1000;  // room that was not allocated
+    EXPECT_EQ("exception catch \n",
+              printedBy([&] { EXPECT_FALSE(memory.setDoubleVector(0, {7.0})); }));
+    CPeerSegment segment;
+    ASSERT_TRUE(segment.attach());
+    EXPECT_EQ(CPeerSegment::eOutcome::DAMAGED, segment.remove(0).outcome);
+    EXPECT_EQ((Doubles{5.0, 6.0}), memory.getDoubleVector(1));
+    EXPECT_TRUE(memory.setDoubleVector(1, Doubles(100))) << "the segment's mutex is free";
+}
+
+TEST(SharedMemory, AttachesToWhatServesAndOtherwiseFailsInBoundedTime) {
     const std::string zeros(1310719, '\0');
-    const std::string left[] = {"", "\3", '\0' + zeros, '\1' + zeros, '\2' + zeros};
-    for (const std::string& bytes : left) {
-        writeFile(SEGMENT_FILE, bytes);
+    const auto create = [](std::size_t size) {
+        core_utils::Segment(boost::interprocess::create_only, "CONF_AUTO_SAVE_MEM", size);
+    };
+    const struct {
+        const char* what;
+        const char* options;  // of a new file system
+        std::function<void()> prepare;
+        bool serves;
+    } rows[] = {
+        {"no state", "", [] { writeFile(SEGMENT_FILE, ""); }, false},
+        {"unfinished", "", [&] { writeFile(SEGMENT_FILE, '\1' + zeros); }, false},
+        {"nothing but a state", "", [&] { writeFile(SEGMENT_FILE, '\2' + zeros); }, false},
+        {"cut short", "", [&] { create(1310720), truncate(SEGMENT_FILE, 65536); }, false},
+        {"no room", "size=1m", [] {}, false},
+        {"no memory for its pages", "size=1400k",
+         [&] { create(1310720), writeFile("/dev/shm/other", std::string(300000, 'x')); }, false},
+        {"just room", "size=1310720", [] {}, true},
+        {"no limit", "size=0", [] {}, true},
+        {"another size", "", [&] { create(65536); }, true},
+    };
+    for (const auto& [what, options, prepare, serves] : rows) {
+        SCOPED_TRACE(what);
+        ASSERT_EQ(0, mount("tmpfs", "/dev/shm", "tmpfs", 0, options));
+        prepare();
         const auto begin = std::chrono::steady_clock::now();
         std::unique_ptr<CSharedMemory> memory;
-        EXPECT_EQ(OPEN_FAILED, printedBy([&] { memory = std::make_unique<CSharedMemory>(false); }));
+        EXPECT_EQ(serves ? "" : OPEN_FAILED,
+                  printedBy([&] { memory = std::make_unique<CSharedMemory>(false); }));
         EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(4));
-        EXPECT_TRUE(memory->getDoubleVector(0).empty());
-        EXPECT_FALSE(memory->setStringVector(24, {"a"}) || CSharedMemory::createIntVal(1) ||
-                     CSharedMemory::writeByteVector("CHF_MODE_MEM", {1}));
+        EXPECT_EQ(serves, memory->setStringVector(24, {"a"}));
+        EXPECT_EQ(serves, CSharedMemory::writeByteVector("CHF_MODE_MEM", {1}));
+        EXPECT_EQ(serves, !memory->getStringVector(24).empty());
     }
-}
-
-TEST(SharedMemory, SegmentsOfOtherSizes) {
-    CPeer creator([](CPeerMemory&) { return truncate(SEGMENT_FILE, 65536) == 0; });
-    EXPECT_EQ(0, creator.run());
-    EXPECT_EQ(OPEN_FAILED, printedBy([] { CSharedMemory(false); })) << "cut short";
-
-    std::filesystem::remove(SEGMENT_FILE);
-    core_utils::Segment(boost::interprocess::create_only, "CONF_AUTO_SAVE_MEM", 65536);
-    EXPECT_TRUE(CSharedMemory(false).setDoubleVector(0, {1.0})) << "used as it is";
-    EXPECT_EQ(65536U, std::filesystem::file_size(SEGMENT_FILE));
-}
-
-TEST(SharedMemory, AnyMemoryFileSystemWithRoomServes) {
-    const struct {
-        const char* type;
-        const char* options;
-        bool hasRoom;
-    } fileSystems[] = {{"ramfs", "", true},
-                       {"tmpfs", "size=0", true},
-                       {"tmpfs", "size=1310720", true},
-                       {"tmpfs", "size=1m", false}};
-    for (const auto& row : fileSystems) {
-        ASSERT_EQ(0, mount(row.type, "/dev/shm", row.type, 0, row.options));
-        const std::string failure = row.hasRoom ? "" : OPEN_FAILED;
-        EXPECT_EQ(failure, printedBy([] { CSharedMemory(false); })) << row.options;
-        EXPECT_EQ(row.hasRoom, std::filesystem::exists(SEGMENT_FILE)) << row.options;
-    }
-}
-
-TEST(SharedMemory, SegmentWithoutMemoryForItsPagesIsRefused) {
-    ASSERT_EQ(0, mount("tmpfs", "/dev/shm", "tmpfs", 0, "size=1400k"));
-    core_utils::Segment(boost::interprocess::create_only, "CONF_AUTO_SAVE_MEM", 1310720);
-    writeFile("/dev/shm/other", std::string(300000, 'x'));
-    EXPECT_EQ(OPEN_FAILED, printedBy([] { CSharedMemory(false); }));
+    EXPECT_EQ(65536U, std::filesystem::file_size(SEGMENT_FILE)) << "used as it is";
+    ASSERT_EQ(0, mount("ramfs", "/dev/shm", "ramfs", 0, ""));
+    EXPECT_EQ("", printedBy([] { CSharedMemory(false); })) << "it has no fallocate()";
 }
 
 }  // namespace

@@ -42,6 +42,17 @@ inline Words targetCommand(const Words& command) {
     _exit(127);
 }
 
+// What became of a process, from waitpid(): its exit status, or minus the signal that ended it.
+inline int statusFrom(int status) {
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+}
+// Waits for the process to end.
+inline int statusOf(pid_t process) {
+    int status = 0;
+    waitpid(process, &status, 0);
+    return statusFrom(status);
+}
+
 // Owns the process and the reading end of its output. The destructor kills it.
 class CChildProcess {
   public:
@@ -104,8 +115,7 @@ class CChildProcess {
     std::optional<int> wait(std::chrono::milliseconds bound = BOUND) {
         const auto hasEnded = [this] {
             int status = 0;
-            if (!mStatus && waitpid(mPid, &status, WNOHANG) == mPid)
-                mStatus = WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+            if (!mStatus && waitpid(mPid, &status, WNOHANG) == mPid) mStatus = statusFrom(status);
             return mStatus.has_value();
         };
         waitUntil(hasEnded, bound);

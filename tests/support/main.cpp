@@ -27,35 +27,22 @@ void setSanitizerOptions() {
     support::execute(words);
 }
 
-// Runs each selected test in a process of its own instead of here.
+// Runs each selected test in a process of its own instead of here, as a shard of one test.
 class COneProcessEach : public testing::EmptyTestEventListener {
   public:
     explicit COneProcessEach(support::Words arguments) : mArguments(std::move(arguments)) {}
 
   private:
     void OnTestIterationStart(const testing::UnitTest& tests, int) override {
+        setenv("GTEST_TOTAL_SHARDS", std::to_string(tests.test_to_run_count()).c_str(), 1);
         int failed = 0;
-        for (int i = 0; i < tests.total_test_suite_count(); ++i) {
-            const testing::TestSuite& suite = *tests.GetTestSuite(i);
-            for (int j = 0; j < suite.total_test_count(); ++j) {
-                const testing::TestInfo& test = *suite.GetTestInfo(j);
-                if (test.should_run() && !passes(test)) ++failed;
-            }
+        for (int i = 0; i < tests.test_to_run_count(); ++i) {
+            setenv("GTEST_SHARD_INDEX", std::to_string(i).c_str(), 1);
+            const pid_t child = fork();
+            if (child == 0) startInPrivateRoot(mArguments);
+            failed += support::statusOf(child) != 0;
         }
         _exit(failed == 0 ? EXIT_SUCCESS : EXIT_FAILURE);
-    }
-
-    bool passes(const testing::TestInfo& test) const {
-        const pid_t child = fork();
-        if (child == 0) {
-            support::Words arguments = mArguments;
-            arguments.push_back(std::string("--gtest_filter=") + test.test_suite_name() + '.' +
-                                test.name());
-            startInPrivateRoot(arguments);
-        }
-        int status = -1;
-        waitpid(child, &status, 0);
-        return status == 0;
     }
 
     const support::Words mArguments;

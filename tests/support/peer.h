@@ -2,16 +2,11 @@
 #ifndef SUPPORT_PEER_H
 #define SUPPORT_PEER_H
 
-#include <signal.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <functional>
-#include <stdexcept>
-#include <string>
-#include <vector>
 
+#include "shared_memory/mutex_words.h"
 #include "shared_memory/shared_memory.h"
+#include "support/child_process.h"
 
 namespace support {
 
@@ -23,7 +18,16 @@ using Texts = std::vector<std::string>;
 struct CPeerMemory : core_utils::CSharedMemory {
     CPeerMemory() : CSharedMemory(false) {}
     using CSharedMemory::mpSharedMemory;
+
+    template <typename Element>
+    core_utils::SegmentVector<Element>& vector(const char* name) {
+        return *mpSharedMemory->find<core_utils::SegmentVector<Element>>(name).first;
+    }
 };
+
+inline bool isLocked(const pthread_mutex_t& lock) {
+    return core_utils::sMutexWords<pthread_mutex_t>::holderOf(lock).isLocked;
+}
 
 // Forks at once, so that the test can start threads afterwards; attaches when it is told to act.
 // An action that hangs is ended by SIGALRM.
@@ -54,11 +58,7 @@ class CPeer {
     }
 
     // 0 if the action returned true, minus the signal's number if one ended it.
-    int wait() {
-        int status = 0;
-        waitpid(mPid, &status, 0);
-        return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
-    }
+    int wait() { return statusOf(mPid); }
 
     int run() {
         start();
