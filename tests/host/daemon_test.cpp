@@ -181,7 +181,7 @@ void expectOtherHandlers(CChildProcess& daemon) {
     std::string started, line;
     while (line != last) {
         line = daemon.readLine().value_or(last);
-        if (line.rfind("Process COnfigHandler", 0) == 0) started += line.substr(23);
+        if (line.rfind("Process COnfigHandler", 0) == 0) started += line.substr(24);
     }
     EXPECT_EQ("ConfigAutoSaveHandler ConfigDevVarSystemHandler ConfigPresetSaveHandler ", started);
 }
