@@ -1,12 +1,10 @@
 // Processes that are killed at random moments while others use the segment. APP_CONFIG_KILLS sets
 // how many of each kind, APP_CONFIG_SEED repeats a run as far as the scheduler does.
 #include <gtest/gtest.h>
-#include <signal.h>
 #include <sys/mman.h>
 
 #include <algorithm>
 #include <atomic>
-#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <random>
@@ -23,7 +21,6 @@ namespace {
 using namespace support;
 using core_utils::CPeerSegment;
 using sResult = CPeerSegment::sResult;
-using std::chrono::steady_clock;
 
 // What the texts are in turn: of changing number and length, and so long that a writer is within an
 // access most of the time.
@@ -42,13 +39,13 @@ sResult writeNext(CPeerSegment& segment) {
     return segment.write(24, textsOf(++turn()));
 }
 
-void write() {
+void beWriter() {
     CPeerSegment segment;
     for (segment.open();;)
         writeNext(segment);
 }
 
-void read() {
+void beReader() {
     CPeerSegment segment;
     Texts texts;
     for (segment.open();;)
@@ -88,22 +85,22 @@ void beDaemon() {
 
 struct sKind {
     const char* name;
-    void (*run)();
+    void (*be)();
     bool isOurs;
     int longestLife;  // us
 };
-constexpr sKind KINDS[] = {{"Writer", write, true, 4000},
+constexpr sKind KINDS[] = {{"Writer", beWriter, true, 4000},
                            {"BoostPeer", beBoostPeer, false, 4000},
                            {"Daemon", beDaemon, true, 60000}};
 
-pid_t start(void (*run)()) {
+pid_t start(void (*be)()) {
     std::fflush(stdout);  // or the child writes it too
     const pid_t process = fork();
     if (process != 0) return process;
     for (std::FILE* stream : {stdout, stderr})
         if (std::freopen("/dev/null", "w", stream) == nullptr) _exit(1);
     try {
-        run();
+        be();
     } catch (...) {
     }
     _exit(1);
@@ -114,10 +111,10 @@ class CJudge {
     explicit CJudge(const sKind& kind) : mKind(kind) { startAnew(); }
 
     void killOne(std::mt19937& random) {
-        const pid_t victim = start(mKind.run);
+        const pid_t victim = start(mKind.be);
         // Dies too, perhaps while it repairs what the other has left.
-        const pid_t bystander = start(read);
-        const bool isDaemon = mKind.run == beDaemon;
+        const pid_t bystander = start(beReader);
+        const bool isDaemon = mKind.be == beDaemon;
         for (int left = static_cast<int>(random() % 999'983) % mKind.longestLife; left > 0;) {
             std::this_thread::sleep_for(std::chrono::microseconds(std::min(left, 1000)));
             // May fail while all live: on a busy machine a holder may stand still for a second.
@@ -130,13 +127,13 @@ class CJudge {
         waitid(P_PID, static_cast<id_t>(victim), &end, WEXITED | WNOWAIT);
         std::this_thread::sleep_for(std::chrono::microseconds(random() % 6000));
         kill(bystander, SIGKILL);
-        judge();
+        const bool isWhole = judge();
         statusOf(victim);
         statusOf(bystander);
         // It has given up: the segment is full of what dead peers have left.
         const bool isEarly = end.si_code == CLD_EXITED;
         early += isEarly;
-        if (mIsBroken || isEarly) startAnew();
+        if (!isWhole || isEarly) startAnew();
     }
 
     unsigned early = 0, frozen = 0, damaged = 0, wrong = 0;
@@ -144,7 +141,7 @@ class CJudge {
   private:
     void startAnew() {
         unlink("/dev/shm/CONF_AUTO_SAVE_MEM");
-        mIsBroken = !(works(mSegment.open()) && works(writeNext(mSegment)));
+        if (works(mSegment.open())) works(writeNext(mSegment));
     }
 
     bool works(const sResult& result) {
@@ -154,20 +151,17 @@ class CJudge {
         return false;
     }
 
-    void judge() {
+    bool judge() {
         Texts texts;
-        mIsBroken = !works(mSegment.read(24, texts));
-        if (mIsBroken) return;
+        if (!works(mSegment.read(24, texts))) return false;
         // Of its turns a writer may have finished the last one or not.
-        const bool isWhole =
-            texts == textsOf(turn()) || (mKind.run == write && texts == textsOf(turn() - 1));
-        wrong += !isWhole;
-        mIsBroken = !works(writeNext(mSegment));
+        const bool isOld = mKind.be == beWriter && texts == textsOf(turn() - 1);
+        wrong += !isOld && texts != textsOf(turn());
+        return works(writeNext(mSegment));
     }
 
     const sKind mKind;
     CPeerSegment mSegment;
-    bool mIsBroken = false;
 };
 
 unsigned numberFrom(const char* variable, unsigned otherwise) {
@@ -181,8 +175,7 @@ TEST(RandomKills, FreezeNobodyAndLeaveTheOldValuesOrTheNewOnes) {
         if (!std::filesystem::exists(path)) writeFile(path, readFile(TEST_DEPLOY_DIR + path));
     }
     const unsigned kills = numberFrom("APP_CONFIG_KILLS", 60);
-    const auto now = steady_clock::now().time_since_epoch().count();
-    const unsigned seed = numberFrom("APP_CONFIG_SEED", static_cast<unsigned>(now));
+    const unsigned seed = numberFrom("APP_CONFIG_SEED", std::random_device()());
     std::mt19937 random(seed);
     for (const sKind& kind : KINDS) {
         CJudge judge(kind);
