@@ -89,10 +89,10 @@ TEST(FileConfig, ReadsTheFirstTokenOfTheFirstMatchingKey) {
     }
 }
 
-TEST(FileConfig, ConvertsAsCDoesButRefusesWhatIsNoDouble) {
+TEST(FileConfig, ReadsNumbersAsCDoesButRefusesWhatIsNoDoubleAndWritesThemInFull) {
     support::writeFile(PATH, "[Sec]\nnumber=-3.5x\ntext=text\nhuge=1e999\n");
     CFileConfig file;
-    ASSERT_TRUE(file.open(PATH, "rb"));
+    ASSERT_TRUE(file.open(PATH, "r+b"));
     const auto read = [&file](const char* key, auto number) {
         EXPECT_TRUE(file.read("Sec", key, number)) << key;
         return number;
@@ -105,6 +105,10 @@ TEST(FileConfig, ConvertsAsCDoesButRefusesWhatIsNoDouble) {
     EXPECT_EQ(-3.5, read("number", 1.0));
     EXPECT_THROW(read("text", 1.0), std::invalid_argument);
     EXPECT_THROW(read("huge", 1.0), std::out_of_range);
+    EXPECT_TRUE(file.write("Sec", "number", -2147483647, true));
+    EXPECT_TRUE(file.write("Sec", "new", 12.5));
+    EXPECT_EQ("[Sec]\nnew=12.500000\nnumber=-2147483647\ntext=text\nhuge=1e999\n",
+              support::readFile(PATH));
 }
 
 TEST(FileConfig, RewritesOnlyWhatAWriteMustChange) {
@@ -159,18 +163,6 @@ TEST(FileConfig, RewritesOnlyWhatAWriteMustChange) {
     }
 }
 
-TEST(FileConfig, WritesNumbersInFullAndCreatesNothingThatIsNotWanted) {
-    support::writeFile(PATH, "[Sec]\nA=0\n");
-    CFileConfig file;
-    ASSERT_TRUE(file.open(PATH, "r+b"));
-    EXPECT_TRUE(file.write("Sec", "A", -2147483647, true));
-    EXPECT_TRUE(file.write("Sec", "B", 12.5));
-    EXPECT_FALSE(file.write("Sec", "C", 1, true));
-    EXPECT_FALSE(file.write("Other", "A", 1, true));
-    EXPECT_FALSE(file.write("Sec", "A", std::string()));
-    EXPECT_EQ("[Sec]\nB=12.500000\nA=-2147483647\n", support::readFile(PATH));
-}
-
 TEST(FileConfig, RefusesMissingArgumentsAndWhatIsNoOpenRegularFile) {
     support::writeFile(PATH, "[Sec]\nKey=1\n");
     const std::string fifo = support::configPath("fifo");
@@ -198,6 +190,9 @@ TEST(FileConfig, RefusesMissingArgumentsAndWhatIsNoOpenRegularFile) {
     EXPECT_FALSE(file.readValue("Sec", "Key", nullptr, &size));
     EXPECT_FALSE(file.readValue("Sec", "Key", buffer, nullptr));
     EXPECT_FALSE(file.writeValue("Sec", "Key", nullptr, 1));
+    EXPECT_FALSE(file.write("Sec", "Key", std::string()));
+    EXPECT_FALSE(file.write("Sec", "New", 1, true)) << "not wanted";
+    EXPECT_FALSE(file.write("New", "Key", 1, true));
     EXPECT_EQ("[Sec]\nKey=1\n", support::readFile(PATH));
     EXPECT_TRUE(file.close());
     EXPECT_FALSE(file.close() || file.isOpen());

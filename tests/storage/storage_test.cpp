@@ -155,6 +155,7 @@ TEST_F(Storage, FinderDescribesEachMatchAndPrintsWhyThereIsNone) {
     for (const std::string& pattern : {"*.none"s, deep + "*", "*.lnk"s})
         EXPECT_EQ("CFileFind::findFirstFile error " + std::to_string(++error) + "\n",
                   support::printedBy([&] { EXPECT_FALSE(finder.findFirstFile(pattern, found)); }));
+    EXPECT_TRUE(finder.close());
 }
 
 }  // namespace
