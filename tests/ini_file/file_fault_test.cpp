@@ -25,8 +25,9 @@ using core_utils::CFileConfig;
 // Without space half is written first; to be asked to end leaves time for what is under way.
 enum class eFault { ERROR, NO_SPACE, NO_MEMORY, KILL, END };
 
-// Bits of the exit status of a process that made a change.
-enum eStatus { STRUCK = 1, DONE = 2 };
+// What became of a process that made a change, in bits: the fault has struck, the result was true,
+// a signal ended it.
+enum eOutcome { STRUCK = 1, DONE = 2, ENDED = 4 };
 
 eFault gFault;
 int gCallsLeft = 0;  // up to the fault
@@ -84,25 +85,17 @@ namespace {
 struct sCase {
     const char* file;
     std::string before;
-    std::function<void()> prepare;
     std::function<bool()> change;
     bool withoutMemory;  // it is to survive that
 };
 
-struct sOutcome {
-    bool struck;
-    bool finished;
-    bool done;  // the result of the change
-};
-
 // Runs the change in a process of its own, its output away; without a fault for number 0.
-sOutcome outcomeOf(const sCase& row, eFault fault, int number) {
+int outcomeOf(const sCase& row, eFault fault, int number) {
     std::fflush(stdout);  // or the child writes it too
     const pid_t child = fork();
     if (child == 0) {
         const bool withMemory = fault != eFault::NO_MEMORY;
         if (std::freopen("/dev/null", "w", stdout) == nullptr) _exit(0);
-        row.prepare();
         gFault = fault;
         gCallsLeft = withMemory ? number : 0;
         support::countAllocations(withMemory ? 0 : number);
@@ -115,8 +108,7 @@ sOutcome outcomeOf(const sCase& row, eFault fault, int number) {
     }
     int status = 0;
     waitpid(child, &status, 0);
-    if (!WIFEXITED(status)) return {true, false, false};
-    return {(WEXITSTATUS(status) & STRUCK) != 0, true, (WEXITSTATUS(status) & DONE) != 0};
+    return WIFEXITED(status) ? WEXITSTATUS(status) : STRUCK | ENDED;
 }
 
 std::string withoutBlankEnd(std::string text) {
@@ -134,9 +126,9 @@ void expectOldOrNew(const sCase& row, eFault fault, bool linked) {
     std::string after;    // of a run without a fault
     std::string between;  // a seeding that did not come to its mark does for the new file
     int newInVain = 0;
-    sOutcome outcome{};
+    int outcome = 0;
     int number = 0;
-    for (; number <= 1 || outcome.struck; ++number) {
+    for (; number <= 1 || (outcome & STRUCK) != 0; ++number) {
         unlink(link.c_str());
         support::writeFile(path, row.before);
         ASSERT_EQ(0, linked ? ::link(path.c_str(), link.c_str()) : 0);
@@ -145,21 +137,22 @@ void expectOldOrNew(const sCase& row, eFault fault, bool linked) {
         if (number == 0) {
             after = between = left;
             if (row.before == UNMARKED) between.replace(0, row.before.size(), row.before);
-            ASSERT_TRUE(outcome.done);
+            ASSERT_EQ(DONE, outcome);
             ASSERT_NE(row.before, after);
         }
         SCOPED_TRACE(testing::Message() << "fault " << static_cast<int>(fault) << " at call "
                                         << number << (linked ? " in place" : "") << '\n'
                                         << left);
-        const bool killed = outcome.struck && fault == eFault::KILL;
-        EXPECT_EQ(killed || (outcome.struck && fault == eFault::END), !outcome.finished);
+        const bool killed = fault == eFault::KILL && outcome != DONE;
+        const bool ended = killed || (fault == eFault::END && outcome != DONE);
+        EXPECT_EQ(ended, (outcome & ENDED) != 0);
         EXPECT_TRUE(killed || access((path + ".new").c_str(), F_OK) != 0);
         const auto is = [&](const std::string& text) {
             return killed ? withoutBlankEnd(left) == withoutBlankEnd(text) : left == text;
         };
         const bool isNew = is(after) || is(between);
-        EXPECT_TRUE(isNew || (is(row.before) && !outcome.done));
-        newInVain += isNew && outcome.finished && !outcome.done;
+        EXPECT_TRUE(isNew || (is(row.before) && (outcome & DONE) == 0));
+        newInVain += isNew && outcome == STRUCK;
     }
     EXPECT_TRUE(number > 2 || fault == eFault::NO_MEMORY) << "none has struck";
     EXPECT_LE(newInVain, 2);  // the folder could not be opened, or not stored
@@ -200,7 +193,7 @@ TEST(FileFaults, AChangeLeavesTheOldFileOrTheNewOne) {
             },
         };
         for (const auto change : changes) {
-            expectOldOrNew({"fault.cfg", before, [] {},
+            expectOldOrNew({"fault.cfg", before,
                             [change] {
                                 CFileConfig file;
                                 return file.open(PATH.c_str(), "r+b") && change(file) &&
@@ -216,14 +209,12 @@ TEST(FileFaults, APresetAndASeedingAreSavedAsAWhole) {
     facade.setDevTypeInfo(2, 2, false);
     hxl_config_handler::sPresetBlock block{};
     block.fVoltageSet[0] = 20.5F;
-    const auto load = [&] { facade.loadPresetConfig(); };
     const sCase rows[] = {
         {"conf_preset.cfg",
          "[INSTRUMENT_SETTING_1_100_VOLTS_DEV]\nVoltageSet=1.000000,1.000000\nFuseState=0,1\n",
-         load, [&] { return facade.savePresetBlock(1, block, true); }, false},
-        {"conf_auto_save.cfg", "[CONF_STATUS]\nSTATE=1\n\n[CONF_ITEM_DBL]\nVOL_LVL=1.0\n", load,
-         [&] { return facade.saveDblValues(0, {20.5}); }, false},
-        {"conf_auto_save.cfg", UNMARKED, load, [&] { return facade.loadAutoSaveConfig(); }, false},
+         [&] { return facade.loadPresetConfig() && facade.savePresetBlock(1, block, true); },
+         false},
+        {"conf_auto_save.cfg", UNMARKED, [&] { return facade.loadAutoSaveConfig(); }, false},
     };
     for (const sCase& row : rows)
         expectOldOrNew(row);
