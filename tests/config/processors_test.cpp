@@ -31,20 +31,23 @@ std::string recordOf(CAutoSave& processor, int id) {
 }
 
 // The file as a unit of `devType` seeds it, with every item.
-std::string seededFile(int devType = 1, const std::string& state = "0") {
+std::string seededFile(int devType = 1, const std::string& state = "0",
+                       const std::string& model = "ZEV 35V") {
     writeFile(AUTO_SAVE, "[CONF_STATUS]\nSTATE=" + state + "\n");
     CAutoSave processor(devType);
-    EXPECT_EQ('1', load(processor).back());
+    EXPECT_EQ("parse defult val \nrunning " + model + " parse \n1", load(processor));
     return readFile(AUTO_SAVE);
 }
 
 TEST(AutoSaveProcessor, FreshFileSeedsTheDefaultsOfTheVariant) {
     const struct {
         int devType;
-        std::string state, current, channels;
-    } rows[] = {{1, "0", "6.100000", "0"}, {2, "256", "2.030000", "0"}, {3, "00", "5.100000", "2"}};
+        std::string state, model, current, channels;
+    } rows[] = {{1, "0", "ZEV 35V", "6.100000", "0"},
+                {2, "256", "ZEV 100V", "2.030000", "0"},
+                {3, "00", "KOL 35V", "5.100000", "2"}};
     for (const auto& row : rows) {
-        const std::string file = seededFile(row.devType, row.state);
+        const std::string file = seededFile(row.devType, row.state, row.model);
         EXPECT_EQ(25, std::count(file.begin(), file.end(), '=')) << "the mark and 24 items";
         EXPECT_EQ(0U, file.find("[CONF_STATUS]\nSTATE=1\n"));
         EXPECT_TRUE(has(file, "\nCUR_LVL=" + row.current + "\n")) << file;
@@ -274,17 +277,13 @@ TEST(Records, CompositeNumbersAreZeroBelowTheNeededCount) {
 
 // The files that a board is delivered with, loaded as that board does.
 TEST(ShippedFiles, LoadWithoutAFailureLineAndHoldTheDefaults) {
-    const std::string seedings[] = {"0", "running ZEV 35V parse \n1", "running ZEV 100V parse \n1",
-                                    "running KOL 35V parse \n1"};
+    constexpr auto OPTIONS = fs::copy_options::recursive | fs::copy_options::overwrite_existing;
     for (int devType = 0; devType <= 3; ++devType) {
         SCOPED_TRACE(devType);
-        for (const std::string folder : {"/etc/quenvel/config/system", "/families/KOL"}) {
-            if (folder != "/families/KOL" || devType == 3)
-                fs::copy(TEST_DEPLOY_DIR + folder, configPath(""),
-                         fs::copy_options::recursive | fs::copy_options::overwrite_existing);
-        }
+        fs::copy(TEST_DEPLOY_DIR "/etc/quenvel/config/system", configPath(""), OPTIONS);
+        if (devType == 3) fs::copy(TEST_DEPLOY_DIR "/families/KOL", configPath(""), OPTIONS);
         CAutoSave autoSave(devType);
-        EXPECT_EQ("parse defult val \n" + seedings[devType], load(autoSave));
+        EXPECT_EQ(0U, load(autoSave).find("parse defult val \n"));
         CSystem system(devType);
         EXPECT_EQ("1", load(system));
 
