@@ -16,7 +16,6 @@
 #include "config/manager/hxl_config_handler.h"
 #include "support/allocations.h"
 #include "support/processor_test.h"
-#include "support/wait_until.h"
 
 namespace {
 

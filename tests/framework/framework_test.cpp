@@ -8,7 +8,6 @@
 #include "framework/evt_work_item.h"
 #include "support/allocations.h"
 #include "support/files.h"
-#include "support/wait_until.h"
 
 namespace {
 

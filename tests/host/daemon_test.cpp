@@ -6,7 +6,6 @@
 #include "support/child_process.h"
 #include "support/files.h"
 #include "support/peer.h"
-#include "support/wait_until.h"
 
 namespace {
 
@@ -14,7 +13,6 @@ using namespace support;
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
-const char* const SEGMENT = "/dev/shm/CONF_AUTO_SAVE_MEM";
 const std::string PATH = configPath("devtype_info.cfg");
 const std::string FILE_HEAD = "[PROCESSED_DEV_INFORMATION]\nDEV_INFORMATION=";
 const std::string DEVICE = "100_VOLTS_DEV_2CH";
@@ -100,7 +98,7 @@ TEST(Daemon, RecordsAnIdentityThatComesLateForTheNextStartWhichWritesNothing) {
     };
     for (const auto& [file, published, printed, recording] : rows) {
         SCOPED_TRACE(file + published);
-        unlink(SEGMENT);
+        unlink(SEGMENT_FILE);
         if (file.empty()) {
             std::filesystem::remove_all(configPath(""));
         } else {
@@ -120,7 +118,7 @@ TEST(Daemon, RecordsAnIdentityThatComesLateForTheNextStartWhichWritesNothing) {
         daemon.wait();
         if (!file.empty()) {
             EXPECT_TRUE(isIdentityRecorded());
-            unlink(SEGMENT);
+            unlink(SEGMENT_FILE);
         }
         std::error_code none;
         const auto written = std::filesystem::last_write_time(PATH, none);

@@ -11,7 +11,6 @@
 #include "logging/log_sink_file.h"
 #include "support/allocations.h"
 #include "support/files.h"
-#include "support/wait_until.h"
 
 namespace {
 

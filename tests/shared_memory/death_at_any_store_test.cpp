@@ -115,7 +115,7 @@ bool isNameless(const pthread_mutex_t& lock) {
 template <std::size_t COUNT, typename Judge>
 void dieAtEveryStore(const sCase (&cases)[COUNT], Judge judge) {
     for (const auto& [what, act, prepare] : cases) {
-        unlink("/dev/shm/CONF_AUTO_SAVE_MEM");
+        unlink(SEGMENT_FILE);
         Segment(boost::interprocess::create_only, core_utils::SEGMENT_NAME, SIZE);
         CPeerMemory memory;
         memory.setStringVector(24, {"short", std::string(40, 'l')});

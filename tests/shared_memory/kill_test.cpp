@@ -140,7 +140,7 @@ class CJudge {
 
   private:
     void startAnew() {
-        unlink("/dev/shm/CONF_AUTO_SAVE_MEM");
+        unlink(SEGMENT_FILE);
         if (works(mSegment.open())) works(writeNext(mSegment));
     }
 

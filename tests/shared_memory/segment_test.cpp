@@ -57,8 +57,6 @@ using core_utils::Segment;
 using eOutcome = CPeerSegment::eOutcome;
 using MutexWords = core_utils::sMutexWords<pthread_mutex_t>;
 
-constexpr char SEGMENT_FILE[] = "/dev/shm/CONF_AUTO_SAVE_MEM";
-
 TEST(SegmentCreation, LeavesAWholeSegmentOrNoneWhereverItFailsOrDies) {
     for (const bool kills : {false, true}) {
         int number = 1;

@@ -17,7 +17,6 @@ using core_utils::CPeerSegment;
 using core_utils::CSharedMemory;
 using core_utils::SegmentString;
 
-constexpr char SEGMENT_FILE[] = "/dev/shm/CONF_AUTO_SAVE_MEM";
 constexpr char OPEN_FAILED[] =
     "exception encountered opening shared memory [CONF_AUTO_SAVE_MEM] \n";
 

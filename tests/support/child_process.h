@@ -14,7 +14,7 @@
 #include <string>
 #include <vector>
 
-#include "support/wait_until.h"
+#include "support/files.h"
 
 namespace support {
 

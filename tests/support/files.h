@@ -1,12 +1,14 @@
-// Whole files, the configuration folder, and what the code under test prints.
+// Whole files, the configuration folder, what the code under test prints, and waiting for it.
 #ifndef SUPPORT_FILES_H
 #define SUPPORT_FILES_H
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <fstream>
 #include <sstream>
 #include <string>
+#include <thread>
 
 namespace support {
 
@@ -41,6 +43,19 @@ std::string printedOnStderrBy(Action action) {
     testing::internal::CaptureStderr();
     action();
     return testing::internal::GetCapturedStderr();
+}
+
+constexpr std::chrono::seconds BOUND{20};  // also for a busy machine
+
+// Polls `condition` every millisecond; false if it does not hold within `bound`.
+template <typename Condition>
+bool waitUntil(Condition condition, std::chrono::milliseconds bound = BOUND) {
+    const auto end = std::chrono::steady_clock::now() + bound;
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() >= end) return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return true;
 }
 
 }  // namespace support

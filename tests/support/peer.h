@@ -10,6 +10,8 @@
 
 namespace support {
 
+constexpr char SEGMENT_FILE[] = "/dev/shm/CONF_AUTO_SAVE_MEM";
+
 using Doubles = std::vector<double>;
 using Bytes = std::vector<unsigned char>;
 using Texts = std::vector<std::string>;

@@ -17,8 +17,6 @@ namespace {
 using namespace std::string_literals;
 using namespace support;
 
-constexpr char SEGMENT_FILE[] = "/dev/shm/CONF_AUTO_SAVE_MEM";
-
 // What a shell command that may call the tools prints, on both outputs, then its status. Its folder
 // is that of the configuration files.
 std::string shell(const std::string& command) {
