@@ -171,6 +171,9 @@ struct CRunning : Handler {
 struct CAutoSaveHandler : CConfigAutoSaveHandler {
     using CConfigAutoSaveHandler::saveChanges;
 };
+struct CPresetHandler : CConfigPresetHandler {
+    using CConfigPresetHandler::saveIfChanged;
+};
 
 bool waitForFile(const std::string& path, const std::string& part) {
     return waitUntil([&] { return has(readFile(path), part); });
@@ -255,9 +258,7 @@ TEST(PresetHandler, RunningThreadLoadsTheFileAndPollsEachPreset) {
 }
 
 TEST(PresetHandler, ComparesEveryByteWithoutAnAllocationAndSavesOnlyWhatDiffers) {
-    struct CHandler : CConfigPresetHandler {
-        using CConfigPresetHandler::saveIfChanged;
-    } handler;
+    CPresetHandler handler;
     for (std::size_t byte = 0; byte < offsetof(sPresetBlock, ucChnConnMode) + 2; ++byte) {
         sPresetBlock block{};
         reinterpret_cast<unsigned char*>(&block)[byte] = 1;
@@ -284,20 +285,30 @@ TEST(PresetHandler, ComparesEveryByteWithoutAnAllocationAndSavesOnlyWhatDiffers)
 }
 
 // Such a peer may have left a change half made.
-TEST(AutoSaveHandler, SavesOnlyWhatHasStoodAfterTheDeathOfAPeerThatHeldTheLock) {
-    CAutoSaveHandler handler;
-    const auto isSaved = [&handler](const Doubles& values) {
+TEST(Handlers, SaveOnlyWhatHasStoodAfterTheDeathOfAPeerThatHeldTheLock) {
+    CAutoSaveHandler items;
+    CPresetHandler presets;
+    const auto isSaved = [&items](const Doubles& values) {
         shared().setDoubleVector(0, values);
-        handler.saveChanges();
+        items.saveChanges();
         return has(readFile(AUTO_SAVE), "VOL_LVL=" + joinList(values) + '\n');
     };
-    writeFile(AUTO_SAVE, "");
+    const auto isNaNSaved = [&presets] {
+        shared().setDoubleVector(32, {NAN});
+        presets.saveIfChanged(1);
+        return has(readFile(PRESET), "VoltageSet=nan,");
+    };
+    for (const std::string& path : {AUTO_SAVE, PRESET})
+        writeFile(path, "");
+    facade().loadPresetConfig();
     facade().saveDblValues(0, {1, 2});
     EXPECT_TRUE(isSaved({2, 2}));
     EXPECT_EQ(-SIGKILL, CPeer(raiseUnderLock(SIGKILL)).run());
     EXPECT_FALSE(isSaved({9, 2}));
+    EXPECT_FALSE(isNaNSaved());
     std::this_thread::sleep_for(std::chrono::milliseconds(110));
     EXPECT_FALSE(isSaved({9, 8})) << "another value";
+    EXPECT_TRUE(isNaNSaved()) << "although it equals nothing";
     std::this_thread::sleep_for(std::chrono::milliseconds(110));
     EXPECT_TRUE(isSaved({9, 8}));
     EXPECT_TRUE(isSaved({7, 8})) << "once settled, at once";
