@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -16,6 +15,7 @@
 #include "framework/exit_gate.h"
 #include "ini_file/file_config.h"
 #include "support/allocations.h"
+#include "support/child_process.h"
 #include "support/files.h"
 
 namespace {
@@ -107,9 +107,8 @@ int outcomeOf(const sCase& row, eFault fault, int number) {
             pause();
         _exit((struck ? STRUCK : 0) | (done ? DONE : 0));
     }
-    int status = 0;
-    waitpid(child, &status, 0);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : STRUCK | ENDED;
+    const int status = support::statusOf(child);
+    return status < 0 ? STRUCK | ENDED : status;
 }
 
 std::string withoutBlankEnd(std::string text) {

@@ -174,16 +174,14 @@ TEST(Shmconf, PrintsWhatItsPageShows) {
 }
 
 TEST(Shmconf, CompletesItsCommandsOptionsAndObjects) {
-    const auto complete = [](const std::string& words, int index) {
-        return shell(". " TEST_SHMCONF_COMPLETION "; COMP_WORDS=(shmconf " + words +
-                     "); COMP_CWORD=" + std::to_string(index) +
-                     "; _shmconf shmconf; echo \"${COMPREPLY[*]}\"");
-    };
-    EXPECT_EQ("set\nstatus 0", complete("se", 1));
-    EXPECT_EQ("--help --json --raw\nstatus 0", complete("get volt --", 3));
-    EXPECT_EQ("WLAN_AUTOCONN_MEM WLAN_SSID_MEM WLAN_PASS_MEM\nstatus 0", complete("get wlan", 2));
-    EXPECT_EQ("\nstatus 0", complete("set volt 1", 3));
-    EXPECT_EQ("set\nstatus 0", complete("preset 1 se", 3));
+    EXPECT_EQ(
+        "set\n--help --json --raw\nWLAN_AUTOCONN_MEM WLAN_SSID_MEM WLAN_PASS_MEM\n\nset\nstatus 0",
+        shell(
+            ". " TEST_SHMCONF_COMPLETION "\n"
+            "completed() { COMP_CWORD=$1 COMP_WORDS=(\"$@\"); COMP_WORDS[0]=shmconf COMPREPLY=(); "
+            "_shmconf shmconf; echo \"${COMPREPLY[*]}\"; }\n"
+            "completed 1 se; completed 3 get volt --; completed 2 get wlan; "
+            "completed 3 set volt 1; completed 3 preset 1 se"));
 }
 
 TEST(Shmconf, ShowsAnyContents) {
@@ -236,6 +234,7 @@ TEST(Confcheck, FindsAllThatIsWrongInTheExamplesAndChangesNothing) {
         const char *options, *report;
     } examples[] = {
         {"/confcheck", "", "/report.txt"},
+        {"/confcheck", "--json $PWD/correction_current.cfg", "/correction_current.json"},
         {"/confcheck", "--json $PWD/dev_var_system_config.cfg", "/dev_var_system_config.json"},
         {"/confcheck-fresh", "--quiet", "/report.txt"},
     };
