@@ -131,10 +131,12 @@ TEST(Daemon, RecordsAnIdentityThatComesLateForTheNextStartWhichWritesNothing) {
 
 TEST(Daemon, NeedsNoTerminalNoReaderOfItsLinesAndNoOpenDescriptor) {
     writeFile(PATH, FILE_HEAD + "UNKNOWN\n");
+    signal(SIGINT, SIG_IGN);  // as a shell does for a background program
     CChildProcess daemon({APP_CONFIG_MANAGER}, {0, 2});
     expectLines(daemon, BANNER);
     awaitPolling(daemon);
-    daemon.kill(SIGHUP);
+    for (const int ignored : {SIGHUP, SIGINT})
+        daemon.kill(ignored);
     daemon.closeOutput();
     publish();
     EXPECT_TRUE(waitUntil(isIdentityRecorded));

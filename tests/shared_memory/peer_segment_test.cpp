@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <filesystem>
 #include <future>
@@ -136,37 +137,46 @@ TEST(PeerSegment, WaitsForAChangeAndNoLongerThanToldTo) {
         << "not a number is no change against itself";
 }
 
+template <typename T, typename Write, typename Read, typename Set, typename Update, typename Wait>
+void exchange(const char* name, Write write, Read read, Set set, Update update, Wait wait) {
+    peer_segment* segment = nullptr;
+    ASSERT_EQ(PEER_SEGMENT_DONE, peer_segment_open(&segment, PEER_SEGMENT_CREATE));
+    T values[3] = {1, 2, 3};
+    std::size_t count = 1;
+    EXPECT_EQ(PEER_SEGMENT_DONE, write(segment, name, values, 2));
+    EXPECT_EQ(PEER_SEGMENT_TOO_SMALL, read(segment, name, values, &count));
+    EXPECT_STREQ("the array has room for 1 of 2", peer_segment_error());
+    EXPECT_EQ(2U, count);
+    const auto twice = [](T* all, std::size_t size, void* outcome) {
+        std::transform(all, all + size, all, [](T value) { return static_cast<T>(2 * value); });
+        return *static_cast<int*>(outcome);
+    };
+    for (int outcome : {0, 1})
+        update(segment, name, twice, &outcome);
+    set(segment, name, 1, 7);
+    EXPECT_EQ(PEER_SEGMENT_DONE, wait(segment, name, values, &count, 3, 1, 5));
+    EXPECT_EQ((std::vector<T>{2, 7, 3}), std::vector<T>(values, values + 3));
+    EXPECT_EQ(PEER_SEGMENT_TIME_OUT, wait(segment, name, values, &count, 3, 1, 5));
+    peer_segment_close(segment);
+}
+
 TEST(PeerSegment, TheInterfaceForCSaysWhatIsMissingAndLetsNothingThrough) {
     peer_segment* segment = nullptr;
     peer_segment_close(segment);
     EXPECT_EQ(PEER_SEGMENT_NO_SEGMENT, peer_segment_open(&segment, 0));
     EXPECT_STREQ("there is no segment CONF_AUTO_SAVE_MEM", peer_segment_error());
-    ASSERT_EQ(PEER_SEGMENT_DONE, peer_segment_open(&segment, PEER_SEGMENT_CREATE));
-    const char* const name = "VOLTAGE_DATA_MEM";
-    double values[3] = {1.0, 2.0, 3.0};
-    std::size_t count = 1;
-    EXPECT_EQ(PEER_SEGMENT_DONE, peer_segment_write_doubles(segment, name, values, 2));
-    EXPECT_EQ(PEER_SEGMENT_TOO_SMALL, peer_segment_read_doubles(segment, name, values, &count));
-    EXPECT_STREQ("the array has room for 1 of 2", peer_segment_error());
-    EXPECT_EQ(2U, count);
-
-    const auto twice = [](double* all, std::size_t size, void* outcome) {
-        for (std::size_t i = 0; i < size; ++i)
-            all[i] *= 2;
-        return *static_cast<int*>(outcome);
-    };
-    for (int outcome : {0, 1})
-        peer_segment_update_doubles(segment, name, twice, &outcome);
-    peer_segment_set_double(segment, name, 1, 7.0);
-    EXPECT_EQ(PEER_SEGMENT_DONE, peer_segment_wait_doubles(segment, name, values, &count, 3, 1, 5));
-    EXPECT_EQ((Doubles{2.0, 7.0, 3.0}), Doubles(values, values + 3));
-    EXPECT_EQ(PEER_SEGMENT_TIME_OUT,
-              peer_segment_wait_doubles(segment, name, values, &count, 3, 1, 5));
-
+    exchange<double>("VOLTAGE_DATA_MEM", peer_segment_write_doubles, peer_segment_read_doubles,
+                     peer_segment_set_double, peer_segment_update_doubles,
+                     peer_segment_wait_doubles);
+    exchange<unsigned char>("CHF_MODE_MEM", peer_segment_write_bytes, peer_segment_read_bytes,
+                            peer_segment_set_byte, peer_segment_update_bytes,
+                            peer_segment_wait_bytes);
+    ASSERT_EQ(PEER_SEGMENT_DONE, peer_segment_open(&segment, 0));
     char text[4] = "?";
     std::size_t size = sizeof(text);
-    const char* const texts[] = {"a", "abc"};
+    const char* const texts[] = {"a", "b"};
     peer_segment_write_texts(segment, "WLAN_SSID_MEM", texts, 2);
+    peer_segment_set_text(segment, "WLAN_SSID_MEM", 1, "abc");
     EXPECT_EQ(0, peer_segment_read_text(segment, "WLAN_SSID_MEM", 1, text, &size));
     EXPECT_STREQ("abc", text);
     EXPECT_EQ(PEER_SEGMENT_NO_ELEMENT,

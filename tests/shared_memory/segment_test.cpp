@@ -1,5 +1,6 @@
 // Making the segment, its locks, changes of its heap, and what is left when a holder dies.
 #include <gtest/gtest.h>
+#include <sys/mount.h>
 #include <sys/stat.h>
 
 #include <atomic>
@@ -78,6 +79,17 @@ TEST(SegmentCreation, LeavesAWholeSegmentOrNoneWhereverItFailsOrDies) {
             ASSERT_EQ("", printedBy([] { CPeerMemory(); })) << "the next one";
         }
         EXPECT_GT(number, 7);
+    }
+}
+
+// Boost creates the segment where no unnamed file can be made. Without room its pages would end in
+// SIGBUS.
+TEST(SegmentCreation, LooksForRoomAlsoWithoutAnUnnamedFile) {
+    for (const bool isLimited : {true, false}) {
+        ASSERT_EQ(0, mount("tmpfs", "/dev/shm", "tmpfs", 0, isLimited ? "size=1m" : "size=0"));
+        gCallsLeft = 2;  // after the look for the segment
+        EXPECT_EQ(isLimited, !printedBy([] { CPeerMemory(); }).empty());
+        EXPECT_EQ(isLimited, !std::filesystem::exists(SEGMENT_FILE));
     }
 }
 
@@ -267,7 +279,12 @@ TEST(SegmentRecovery, AnIndexedObjectInFreeMemoryStopsEveryChange) {
                        block);  // joins its neighbours: nothing is written there
     Doubles values;
     EXPECT_TRUE(memory.readDoubleVector("VOLTAGE_DATA_MEM", values));
-    EXPECT_EQ("exception catch \n", printedBy([&] { memory.setDoubleVector(1, {1.0}); }));
+    const auto write = [&] { EXPECT_FALSE(memory.setDoubleVector(1, {1.0})); };
+    EXPECT_EQ(
+        "shared memory [CONF_AUTO_SAVE_MEM]: its index of the objects is damaged; stop all that "
+        "use the segment, remove it and start again\n",
+        printedOnStderrBy([&] { write(), write(); }))
+        << "told once";
 }
 
 }  // namespace
