@@ -272,7 +272,8 @@ TEST(SegmentRecovery, AnIndexedObjectInFreeMemoryStopsEveryChange) {
     memory.setDoubleVector(0, {});
     const auto offset = segment.area().offsetOf(&memory.vector<double>("VOLTAGE_DATA_MEM"));
     std::uint32_t block = 0;
-    for (const auto& each : core_utils::CBlocks(segment.area()).all())
+    const core_utils::CBlocks blocks(segment.area());
+    for (const auto& each : blocks.all())
         if (each.memory < offset) block = each.memory;
     segment.deallocate(before);
     segment.deallocate(segment.area().base +
