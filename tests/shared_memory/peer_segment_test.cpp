@@ -202,8 +202,12 @@ TEST(Preset, IsReadAndChangedByNameWhereTheDaemonKeepsIt) {
     EXPECT_EQ((Bytes{0, 255, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 2, 0}),
               memory.getByteVector(37));
     EXPECT_TRUE(core_utils::readPreset(segment, 3, block));
-    EXPECT_EQ(5.5F, block.fVoltageSet[0]);
+    EXPECT_EQ(1.5F, block.fCurrentSet[1]);
     EXPECT_EQ(255, block.ucFuseState[1]);
+    memory.setDoubleVector(36, {2.5});
+    EXPECT_TRUE(core_utils::readPreset(segment, 3, block));
+    EXPECT_EQ(2.5F, block.fVoltageSet[0]);
+    EXPECT_EQ(0.0F, block.fCurrentSet[1]) << "as no element";
 
     EXPECT_EQ("there is no preset memory 6", core_utils::readPreset(segment, 6, block).reason);
     EXPECT_EQ(eOutcome::UNKNOWN_OBJECT, core_utils::writePreset(segment, 0, block).outcome);
