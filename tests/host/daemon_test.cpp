@@ -74,8 +74,7 @@ void awaitSleeps(const CChildProcess& daemon, long count) {
 
 // Until the daemon has published what its file says, which would cover a peer's identity, and has
 // looked for another one: only what comes after that look is recorded.
-void awaitPolling(CChildProcess& daemon) {
-    expectLines(daemon, BANNER);
+void awaitPolling(const CChildProcess& daemon) {
     CPeerMemory memory;
     EXPECT_TRUE(waitUntil([&] { return memory.getStringVector(48) == Texts{"UNKNOWN"}; }));
     awaitSleeps(daemon, 10);
@@ -134,6 +133,7 @@ TEST(Daemon, NeedsNoTerminalNoReaderOfItsLinesAndNoOpenDescriptor) {
     writeFile(PATH, FILE_HEAD + "UNKNOWN\n");
     signal(SIGINT, SIG_IGN);  // as a shell does for a background program
     CChildProcess daemon({APP_CONFIG_MANAGER}, {0, 2});
+    expectLines(daemon, BANNER);
     awaitPolling(daemon);
     for (const int ignored : {SIGHUP, SIGINT})
         daemon.kill(ignored);
@@ -153,6 +153,7 @@ TEST(Daemon, EndsByTheSignalThatAsksForItAlsoWhileAStoppedPeerHoldsTheLock) {
     for (const int signal : {SIGTERM, SIGINT, SIGTERM}) {
         CPeer holder(raiseUnderLock(SIGSTOP));
         CChildProcess daemon({APP_CONFIG_MANAGER});
+        expectLines(daemon, BANNER);
         awaitPolling(daemon);
         holder.start();
         waitid(P_PID, static_cast<id_t>(holder.pid()), nullptr, WSTOPPED | WNOWAIT);
@@ -179,6 +180,7 @@ TEST(DaemonWithAllHandlers, StartsThemOnceTheIdentityIsKnownAndKeepsTheFilesOfTh
     writeFile(PATH, FILE_HEAD + "UNKNOWN\n");
     auto expected = configFiles();
     CChildProcess daemon({APP_CONFIG_MANAGER_ALL});
+    expectLines(daemon, BANNER);
     awaitPolling(daemon);
     EXPECT_EQ(expected, configFiles());
     publish();
