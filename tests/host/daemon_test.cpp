@@ -74,7 +74,8 @@ void awaitSleeps(const CChildProcess& daemon, long count) {
 
 // Until the daemon has published what its file says, which would cover a peer's identity, and has
 // looked for another one: only what comes after that look is recorded.
-void awaitPolling(const CChildProcess& daemon) {
+void awaitPolling(CChildProcess& daemon) {
+    expectLines(daemon, BANNER);
     CPeerMemory memory;
     EXPECT_TRUE(waitUntil([&] { return memory.getStringVector(48) == Texts{"UNKNOWN"}; }));
     awaitSleeps(daemon, 10);
@@ -133,7 +134,6 @@ TEST(Daemon, NeedsNoTerminalNoReaderOfItsLinesAndNoOpenDescriptor) {
     writeFile(PATH, FILE_HEAD + "UNKNOWN\n");
     signal(SIGINT, SIG_IGN);  // as a shell does for a background program
     CChildProcess daemon({APP_CONFIG_MANAGER}, {0, 2});
-    expectLines(daemon, BANNER);
     awaitPolling(daemon);
     for (const int ignored : {SIGHUP, SIGINT})
         daemon.kill(ignored);
@@ -153,7 +153,6 @@ TEST(Daemon, EndsByTheSignalThatAsksForItAlsoWhileAStoppedPeerHoldsTheLock) {
     for (const int signal : {SIGTERM, SIGINT, SIGTERM}) {
         CPeer holder(raiseUnderLock(SIGSTOP));
         CChildProcess daemon({APP_CONFIG_MANAGER});
-        expectLines(daemon, BANNER);
         awaitPolling(daemon);
         holder.start();
         waitid(P_PID, static_cast<id_t>(holder.pid()), nullptr, WSTOPPED | WNOWAIT);
@@ -180,7 +179,6 @@ TEST(DaemonWithAllHandlers, StartsThemOnceTheIdentityIsKnownAndKeepsTheFilesOfTh
     writeFile(PATH, FILE_HEAD + "UNKNOWN\n");
     auto expected = configFiles();
     CChildProcess daemon({APP_CONFIG_MANAGER_ALL});
-    expectLines(daemon, BANNER);
     awaitPolling(daemon);
     EXPECT_EQ(expected, configFiles());
     publish();

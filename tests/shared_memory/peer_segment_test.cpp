@@ -196,18 +196,18 @@ TEST(Preset, IsReadAndChangedByNameWhereTheDaemonKeepsIt) {
         return core_utils::setPreset(segment, number, key, channel, value).reason;
     };
     EXPECT_EQ("", set(3, "VoltageSet", 1, 5.5) + set(3, "FuseState", 2, 255));
-    Doubles numbers(16);
-    numbers[0] = 5.5;
-    numbers[3] = 1.5;
-    Bytes states(18);
-    states[1] = 255;
-    states[16] = 2;
     CPeerMemory memory;
-    EXPECT_EQ(numbers, memory.getDoubleVector(36));
-    EXPECT_EQ(states, memory.getByteVector(37));
+    EXPECT_EQ((Doubles{5.5, 0, 0, 1.5, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}),
+              memory.getDoubleVector(36));
+    EXPECT_EQ((Bytes{0, 255, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 2, 0}),
+              memory.getByteVector(37));
     EXPECT_TRUE(core_utils::readPreset(segment, 3, block));
-    EXPECT_EQ(5.5F, block.fVoltageSet[0]);
+    EXPECT_EQ(1.5F, block.fCurrentSet[1]);
     EXPECT_EQ(255, block.ucFuseState[1]);
+    memory.setDoubleVector(36, {2.5});
+    EXPECT_TRUE(core_utils::readPreset(segment, 3, block));
+    EXPECT_EQ(2.5F, block.fVoltageSet[0]);
+    EXPECT_EQ(0.0F, block.fCurrentSet[1]) << "as no element";
 
     EXPECT_EQ("there is no preset memory 6", core_utils::readPreset(segment, 6, block).reason);
     EXPECT_EQ(eOutcome::UNKNOWN_OBJECT, core_utils::writePreset(segment, 0, block).outcome);

@@ -88,9 +88,8 @@ TEST(SharedMemory, ForeignObjectsAreNotReadNotWrittenAndEndNothing) {
             auto* raw = memory.mpSharedMemory->construct<std::size_t>(name)[words.size()]();
             std::copy(words.begin(), words.end(), raw);
         }
-        EXPECT_TRUE(memory.getDoubleVector(0).empty());
-        EXPECT_TRUE(memory.getByteVector(7).empty());
-        EXPECT_TRUE(memory.getStringVector(24).empty());
+        EXPECT_TRUE(memory.getDoubleVector(0).empty() && memory.getByteVector(7).empty() &&
+                    memory.getStringVector(24).empty());
         const auto write = [&] {
             EXPECT_FALSE(memory.setDoubleVector(0, {1.0}) || memory.setByteVector(7, {1}) ||
                          memory.setStringVector(24, {"a"}));
