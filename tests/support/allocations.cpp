@@ -3,24 +3,9 @@
 #include <cstdlib>
 #include <new>
 
-namespace {
-
-thread_local int gCount = 0;
-thread_local int gFailing = 0;
-
-}  // namespace
-
-void support::countAllocations(int number) {
-    gCount = 0;
-    gFailing = number;
-}
-
-int support::allocations() {
-    return gCount;
-}
-
 void* operator new(std::size_t size) {
-    void* block = ++gCount == gFailing ? nullptr : std::malloc(size);
+    const bool fails = ++support::allocationCount == support::failingAllocation;
+    void* block = fails ? nullptr : std::malloc(size);
     if (block == nullptr) throw std::bad_alloc();
     return block;
 }

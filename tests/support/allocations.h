@@ -4,12 +4,20 @@
 
 namespace support {
 
+inline thread_local int allocationCount = 0;
+inline thread_local int failingAllocation = 0;
+
 // Starts counting this thread's allocations. The `number`-th from now on throws std::bad_alloc;
 // with 0 none does.
-void countAllocations(int number = 0);
+inline void countAllocations(int number = 0) {
+    allocationCount = 0;
+    failingAllocation = number;
+}
 
 // How many there were, the failed one included.
-int allocations();
+inline int allocations() {
+    return allocationCount;
+}
 
 }  // namespace support
 
