@@ -114,7 +114,7 @@ TEST(SegmentCreation, TwoAtOnceEndWithOneSegmentAlsoBesideAPeerWithoutTheLibrary
 }
 
 TEST(SegmentLock, TheEndWaitsForTheAccessUnderWayAndLetsNoOtherBegin) {
-    static CPeerMemory memory;
+    static auto& memory = *new CPeerMemory;  // never freed: the thread that must wait uses it
     static std::atomic<bool> passed{false};
     core_utils::withSegmentLock(*memory.mpSharedMemory, [] {
         EXPECT_FALSE(core_utils::CExitGate::close(20ms));
