@@ -1,5 +1,6 @@
 # Headers that are read once for all files of a target. They hide what a file forgot to include, so
-# that at least one preset must build without them: dev does, and what ships.
+# that at least one preset must build without them: dev does, and what ships. Only clang++ takes those
+# of a target with other definitions.
 set(headers <boost/interprocess/managed_shared_memory.hpp> <filesystem> <fstream> <functional> <map>
     <sstream> <thread>)
 
