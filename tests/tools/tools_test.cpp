@@ -136,8 +136,9 @@ TEST(Shmconf, PresetsByNameShowWhatAShortObjectLacks) {
     peer.setByteVector(35, Bytes(18));
     EXPECT_EQ(
         "CurrentSet          A           3.5          -\n"
-        "  \"preset\": 2,\n      \"unit\": \"A\",\n      \"values\": [\n        3.5\nstatus 0",
-        shell("shmconf preset 2 | grep ^Curre; shmconf preset 2 --json | sed -n '2p; 14,16p'"));
+        "  \"preset\": 2,\n      \"unit\": \"A\",\n      \"values\": [\n        3.5\n6\nstatus 0",
+        shell("shmconf preset 2 | grep ^Curre; shmconf preset 2 --json > /dev/shm/a;"
+              "sed -n '2p; 14,16p' /dev/shm/a; grep -c unit /dev/shm/a"));
     const std::string beyond = shell("shmconf preset 2 set currents 2 7");
     EXPECT_NE(std::string::npos, beyond.find("no element at index 3: it holds 3")) << beyond;
     shell("shmconf preset 2 set chnconn 2 1; shmconf preset 2 set voltageset 1 -5");
