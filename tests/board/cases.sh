@@ -2,7 +2,6 @@
 # shellcheck shell=dash disable=SC3028 # BusyBox knows RANDOM
 CONFIG=/etc/quenvel/config/system
 FILE=$CONFIG/devtype_info.cfg
-INIT=/etc/init.d/S20app_config_manager
 OUTPUT=/var/log/app_config_manager.log
 SEGMENT=/dev/shm/CONF_AUTO_SAVE_MEM
 RANDOM=${SEED:-1}
@@ -31,13 +30,23 @@ recorded() { sed -n 's/^DEV_INFORMATION=//p' $FILE; }
 # What the file says at the next start: an identity, or none as it is delivered.
 record() { printf "[PROCESSED_DEV_INFORMATION]\n${1:+DEV_INFORMATION=$1\n}" >$FILE; }
 
+# A cold program loads its code from the disk page by page while it runs, as on a board with flash.
+install_cold() {
+    mkdir -p $COLD
+    cp /usr/bin/"$1" /lib/lib* $COLD
+    sync
+}
+run_cold() {
+    program=$1
+    shift
+    echo 3 >/proc/sys/vm/drop_caches
+    LD_LIBRARY_PATH=$COLD "$COLD/$program" "$@"
+}
+
 publish() {
     case $1 in
         shmconf) shmconf set CNF_DEV_TYP_MEM "$2" >/dev/null ;;
-        shmconf_cold)
-            echo 3 >/proc/sys/vm/drop_caches
-            LD_LIBRARY_PATH=$COLD $COLD/shmconf set CNF_DEV_TYP_MEM "$2" >/dev/null
-            ;;
+        shmconf_cold) run_cold shmconf set CNF_DEV_TYP_MEM "$2" >/dev/null ;;
         foreign) board_peer CNF_DEV_TYP_MEM "$2" ;;
         foreign_stopped) board_peer CNF_DEV_TYP_MEM "$2" $((RANDOM / 64)) ;;
     esac
@@ -51,12 +60,9 @@ pick() {
 
 # The daemon waits, a peer publishes, the file has the published text: one round each, with the
 # segment of the round before or a new one, and the peer at any moment of the daemon's polling. A
-# cold peer loads its code from the disk page by page while it runs, as on a board with flash; a
 # stopped one has half of the text written for up to half a second.
 case_identities() {
-    mkdir -p $COLD
-    cp /usr/bin/shmconf /lib/lib* $COLD
-    sync
+    install_cold shmconf
     round=0
     wrong_rounds=0
     while [ $round -lt "${ROUNDS:-100}" ]; do
@@ -84,38 +90,12 @@ case_identities() {
     echo "$round rounds, $wrong_rounds wrong"
 }
 
-are_daemons() { [ "$(pidof app_config_manager | wc -w)" = "$1" ]; }
-are_banners() { [ "$(grep -cx 'App Config Manager' $OUTPUT)" = "$1" ]; }
-
-case_init_script() {
-    rm -f $OUTPUT
-    $INIT start
-    await are_banners 1
-    first=$(pidof app_config_manager)
-    $INIT start
-    sleep 1
-    [ "$(pidof app_config_manager)" = "$first" ] ||
-        wrong "after a second start: $(pidof app_config_manager), not $first"
-    $INIT restart
-    await are_banners 2
-    await are_daemons 1
-    [ "$(pidof app_config_manager)" != "$first" ] || wrong "the restart left the daemon alone"
-    $INIT stop
-    await are_daemons 0
-    if [ -e /var/run/app_config_manager.pid ]; then wrong "the stop left the pid file"; fi
-    $INIT stop || wrong "a second stop ends with $?"
-    echo "start, second start, restart, stop, second stop"
-}
-
-# Processes die at any moment of their accesses, on one core and with their code on the disk.
+# Processes die at any moment of their accesses, on one core.
 case_kills() {
     rm -f $SEGMENT
-    mkdir -p $COLD
-    cp /usr/bin/shared_memory_tests /lib/lib* $COLD
-    sync
-    echo 3 >/proc/sys/vm/drop_caches
-    APP_CONFIG_PRIVATE_ROOT=yes APP_CONFIG_KILLS=${ROUNDS:-100} APP_CONFIG_SEED=$SEED \
-        LD_LIBRARY_PATH=$COLD $COLD/shared_memory_tests --gtest_filter='RandomKills.*' >$OUTPUT ||
+    install_cold shared_memory_tests
+    export APP_CONFIG_PRIVATE_ROOT=1 APP_CONFIG_KILLS=${ROUNDS:-100} APP_CONFIG_SEED=$SEED
+    run_cold shared_memory_tests --gtest_filter='RandomKills.*' >$OUTPUT ||
         wrong "the test ends with $?"
     grep ' kills' $OUTPUT
 }
