@@ -90,11 +90,11 @@ CSegmentLock::CSegmentLock(Segment& segment) : mSegment(segment) {
 void CSegmentLock::release() {
     CSegmentJournal::markInUse(mSegment, false);
     pthread_mutex_unlock(&mSegment.lock());
+    if (!mRepaired.empty()) std::fprintf(stderr, "%s", mRepaired.c_str());
 }
 
 CSegmentLock::~CSegmentLock() {
     release();
-    if (!mRepaired.empty()) std::fprintf(stderr, "%s", mRepaired.c_str());
 }
 
 CHeapLock::CHeapLock(Segment& segment) : mSegment(segment) {

@@ -18,8 +18,8 @@ namespace core_utils {
 
 // Holds the segment's own lock for its lifetime. The constructor throws interprocess_exception with
 // timeout_when_locking_error if a live process keeps the lock, and std::logic_error if the index of
-// the objects is damaged. If recovery emptied an object or found damage, the destructor prints that
-// to standard error after it has unlocked.
+// the objects is damaged. What recovery has emptied or found damaged is printed to standard error
+// after unlocking.
 class CSegmentLock {
   public:
     explicit CSegmentLock(Segment& segment);
@@ -28,7 +28,7 @@ class CSegmentLock {
     ~CSegmentLock();
 
   private:
-    void release();
+    void release();  // unlocks
 
     CExitGate::CWork mWork;  // begins before locking, ends after unlocking
     Segment& mSegment;

@@ -247,8 +247,13 @@ TEST(SegmentRecovery, NamesWhatAPlainPeerHasBroken) {
     ASSERT_TRUE(segment.attach());
     const auto begin = std::chrono::steady_clock::now();
     Bytes values;
-    EXPECT_EQ(std::string("CONF_AUTO_SAVE_MEM is damaged: ") + core_utils::INDEX_DAMAGED,
-              segment.read(7, values).reason);
+    EXPECT_EQ(
+        "shared memory [CONF_AUTO_SAVE_MEM]: its index of the objects is damaged; stop all that "
+        "use the segment, remove it and start again\n",
+        printedOnStderrBy([&] {
+            EXPECT_EQ(std::string("CONF_AUTO_SAVE_MEM is damaged: ") + core_utils::INDEX_DAMAGED,
+                      segment.read(7, values).reason);
+        }));
     EXPECT_EQ(eOutcome::DAMAGED, segment.write(1, Doubles{1.0}).outcome);
     EXPECT_LT(std::chrono::steady_clock::now() - begin, 500ms);
 }
